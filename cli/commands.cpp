@@ -1,0 +1,80 @@
+#include "cli/commands.h"
+
+#include "files/settings_files.h"
+#include "image/settings_image.h"
+
+#include <cstdarg>
+
+namespace quorlen::cli {
+
+namespace {
+
+const char* const Usage =
+    "usage: quorlen-cli COMMAND [ARGS]\n"
+    "\n"
+    "commands:\n"
+    "  qxs-check FILE     read a settings file as the program does; print its dataset ID,\n"
+    "                     the image checksum over 0..1023 (hex) and the number of comment lines\n"
+    "  qxs-diff A B       list each address whose byte differs: address, byte in A, byte in B;\n"
+    "                     exit 0 when the images are equal, 1 when not\n"
+    "\n"
+    "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
+
+int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
+    if (args.size() != 2) {
+        std::fputs(Usage, err);
+        return 2;
+    }
+    auto content = Load_Qxs_File(args[1]);
+    if (!content) {
+        std::fprintf(err, "%s: %s\n", args[1].c_str(), Not_Valid_Qxs_Text);
+        std::fprintf(out, "%s\n", Not_Valid_Qxs_Text);
+        return 1;
+    }
+    int lines = 0;
+    for (std::size_t p = content->comment.find("\r\n"); p != std::string::npos;
+         p = content->comment.find("\r\n", p + 2))
+        ++lines;
+    std::fprintf(out, "dataset ID: %d\n", content->bytes[255]);
+    std::fprintf(out, "checksum: %s\n", dec2hex(Checksum_Of(content->bytes.data(), 0, 1023), 4).c_str());
+    std::fprintf(out, "comment lines: %d\n", lines);
+    return 0;
+}
+
+int Qxs_Diff(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
+    if (args.size() != 3) {
+        std::fputs(Usage, err);
+        return 2;
+    }
+    auto a = Load_Qxs_File(args[1]);
+    auto b = Load_Qxs_File(args[2]);
+    for (auto [file, content] : {std::pair{&args[1], &a}, std::pair{&args[2], &b}}) {
+        if (!*content) {
+            std::fprintf(err, "%s: %s\n", file->c_str(), Not_Valid_Qxs_Text);
+            return 2;
+        }
+    }
+    int differences = 0;
+    for (std::size_t i = 0; i < a->bytes.size(); ++i) {
+        if (a->bytes[i] == b->bytes[i]) continue;
+        std::fprintf(out, "%zu\t%d\t%d\n", i, a->bytes[i], b->bytes[i]);
+        ++differences;
+    }
+    return differences == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
+    if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
+        std::fputs(Usage, args.empty() ? err : out);
+        return args.empty() ? 2 : 0;
+    }
+    const std::string& command = args[0];
+    if (command == "qxs-check") return Qxs_Check(args, out, err);
+    if (command == "qxs-diff") return Qxs_Diff(args, out, err);
+    std::fprintf(err, "quorlen-cli: unknown command '%s'\n\n%s", command.c_str(), Usage);
+    return 2;
+}
+
+} // namespace quorlen::cli

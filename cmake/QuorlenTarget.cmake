@@ -1,0 +1,22 @@
+# Common compile settings for every target of the project.
+add_library(quorlen_options INTERFACE)
+target_compile_options(quorlen_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+    -Wold-style-cast -Woverloaded-virtual -Wnull-dereference -Wimplicit-fallthrough)
+if(QUORLEN_WERROR)
+    target_compile_options(quorlen_options INTERFACE -Werror)
+endif()
+if(QUORLEN_SANITIZE)
+    target_compile_options(quorlen_options INTERFACE
+        -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    target_link_options(quorlen_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# quorlen_add_library(NAME SOURCES ... DEPENDS ...): one library per source folder, with its
+# dependencies spelled out so a cycle between folders is a build error.
+function(quorlen_add_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_library(quorlen_${name} STATIC ${ARG_SOURCES})
+    target_include_directories(quorlen_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(quorlen_${name} PUBLIC ${ARG_DEPENDS} PRIVATE quorlen_options)
+endfunction()

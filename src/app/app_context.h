@@ -1,0 +1,41 @@
+#pragma once
+// All program-wide state of one run, grouped by concern. The main window owns one; tests and
+// the command-line tool build their own.
+
+#include "core/debug_log.h"
+#include "core/ini_file.h"
+#include "core/program_state.h"
+#include "files/presets.h"
+#include "image/settings_image.h"
+#include "tables/undo_list.h"
+
+namespace quorlen {
+
+// The choices of the preferences form, as option indexes (-1: none ticked).
+struct Prefs_State {
+    int interface_option = -1; // 0 serial box (a), 1 card reader (b), 2 Mapchip (c), 3 Todos II (d)
+    int Language = -1;         // 0 ENG, 1 SWE
+    int Autoguide = -1;        // 0 do not ask at start, 1 ask
+    int ComSpeed_option = -1;  // 0 115200, 1 625000
+    bool Auto_Start_option[2] = {false, false}; // 0 log to file, 1 live view
+    bool ManualUSBDetect_Check = false;
+};
+
+struct App_Context {
+    Debug_Log log;
+    Program_State program;
+    Form_Texts texts;
+    File_State files;
+    Link_Flags link;
+    Settings_Image image;
+    Undo_List undo;
+    Preset_Table PresetList;
+    int User_Preset = 0;
+    Prefs_State prefs;
+    Ini_File ini{"", ""};
+
+    // Points the configuration file at App_Path; the rewrite goes through "QXS.new" there.
+    void Use_App_Path(const std::string& app_path);
+};
+
+} // namespace quorlen

@@ -1,0 +1,590 @@
+#include "ui/boost_prog_main.h"
+
+#include "app/startup.h"
+#include "core/app_path.h"
+#include "core/identity.h"
+#include "core/proc_guard.h"
+#include "core/window_size.h"
+#include "tables/undo_list.h"
+#include "ui/autoguide_dialog.h"
+#include "ui/frm_splash.h"
+#include "ui/qx_debug.h"
+#include "ui/qx_prefs.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QElapsedTimer>
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QSplitter>
+#include <QTabWidget>
+#include <QThread>
+#include <QTimer>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#ifndef QUORLEN_VERSION
+#define QUORLEN_VERSION "0.0.0"
+#endif
+
+namespace quorlen::ui {
+
+namespace {
+
+const char* const Comment_Text = "Settings, maps and logs for the RZ400 and RZ800M3 engine management boxes";
+
+// The unload orders of the two shutdown routes. Forms of later windows are named already;
+// unloading one that was never made does nothing.
+const char* const Exit_Menu_Order[] = {
+    "QX_3Dmap",           "QX_3D_MAP",    "QX_AutoSetup_frm", "QX_Debug",      "QX_Log",
+    "QX_Log_HS",          "QX_Log_Setup", "QX_prefs",         "QX_RPM",        "QX_Sensor_Editor",
+    "QX_Setting_Summary", "QX_settings",  "frm_TodosII",      "BoostProgMain", "Display"};
+const char* const Unload_Order[] = {"Autoguide_startup_Dialog",
+                                    "QX_3D_MAP",
+                                    "QX_3Dmap",
+                                    "QX_AutoSetup_frm",
+                                    "QX_CrankView",
+                                    "QX_Debug",
+                                    "QX_Log",
+                                    "QX_Log_HS",
+                                    "QX_Log_Setup",
+                                    "QX_prefs",
+                                    "QX_RPM",
+                                    "QX_Sensor_Editor",
+                                    "QX_Setting_Summary",
+                                    "QX_settings",
+                                    "QX_Verify_frm",
+                                    "frm_TodosII",
+                                    "Display",
+                                    "QX_Transform_3D",
+                                    "GForce_frm",
+                                    "frmSplash"};
+
+QString Crlf_To_Lf(const std::string& text) {
+    QString shown = From_8bit(text);
+    shown.replace("\r\n", "\n");
+    return shown;
+}
+
+QPlainTextEdit* Text_Box(QWidget* parent, const char* name, bool read_only) {
+    auto* box = new QPlainTextEdit(parent);
+    box->setObjectName(name);
+    box->setReadOnly(read_only);
+    box->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    return box;
+}
+
+QTabWidget* Tabs(QWidget* parent, const char* name, std::initializer_list<const char*> captions) {
+    auto* tabs = new QTabWidget(parent);
+    tabs->setObjectName(name);
+    int index = 0;
+    for (const char* caption : captions) {
+        auto* page = new QWidget(tabs);
+        page->setObjectName(QStringLiteral("%1_page%2").arg(name).arg(index++));
+        tabs->addTab(page, caption);
+    }
+    return tabs;
+}
+
+} // namespace
+
+BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options)) {
+    setObjectName("BoostProgMain");
+    app_.program.App_Path = options_.app_path;
+    dialogs_ = std::make_unique<Qt_User_Dialogs>(this, "Quorlen");
+    dialogs_->Set_Unattended(options_.unattended);
+    active_dialogs_ = dialogs_.get();
+    Build_Window();
+}
+
+BoostProgMain::~BoostProgMain() = default;
+
+// --- window structure -------------------------------------------------------------------
+
+void BoostProgMain::Build_Menus() {
+    auto action = [this](QMenu* menu, const char* name, const QString& caption, auto slot,
+                         QKeySequence keys = {}) {
+        QAction* a = menu->addAction(caption);
+        a->setObjectName(name);
+        if (!keys.isEmpty()) a->setShortcut(keys);
+        connect(a, &QAction::triggered, this, slot);
+        return a;
+    };
+    QMenu* file = menuBar()->addMenu("&File");
+    file->setObjectName("File_menu");
+    action(file, "File_open", "&Open...", &BoostProgMain::File_open_Click, QKeySequence::Open);
+    action(file, "File_save", "&Save", &BoostProgMain::File_save_Click, QKeySequence::Save);
+    action(file, "File_save_as", "Save &As...", &BoostProgMain::File_save_as_Click, QKeySequence::SaveAs);
+    file->addSeparator();
+    action(file, "File_exit", "E&xit", &BoostProgMain::File_exit_Click, QKeySequence::Quit);
+
+    QMenu* edit = menuBar()->addMenu("&Edit");
+    edit->setObjectName("Edit_menu");
+    action(edit, "edit_undo", "&Undo", &BoostProgMain::edit_undo_Click, QKeySequence::Undo);
+    action(edit, "edit_redo", "&Redo", &BoostProgMain::edit_redo_Click, QKeySequence::Redo);
+
+    QMenu* settings = menuBar()->addMenu("&Settings");
+    settings->setObjectName("Settings_menu");
+    action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
+
+    QMenu* view = menuBar()->addMenu("&View");
+    view->setObjectName("View_menu");
+    action(view, "View_write_debug", "&Communication report", &BoostProgMain::View_write_debug_Click);
+    action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
+
+    // Connection state and engine state are shown as menu captions, as tuners know them.
+    Online_mnu_ = menuBar()->addAction("Offline");
+    Online_mnu_->setObjectName("Online_mnu");
+    Online_mnu_->setEnabled(false);
+    Engine_OnOff_mnu_ = menuBar()->addAction("Engine off");
+    Engine_OnOff_mnu_->setObjectName("Engine_OnOff_mnu");
+    Engine_OnOff_mnu_->setEnabled(false);
+
+    QMenu* help = menuBar()->addMenu("&Help");
+    help->setObjectName("Help_menu");
+    action(help, "Help_Quorlen", "&Manual", &BoostProgMain::Help_Quorlen_Click, QKeySequence::HelpContents);
+    Help_wwwlink_ = action(help, "Help_wwwlink", "Goto", &BoostProgMain::Help_wwwlink_Click);
+    action(help, "Help_About", "&About", &BoostProgMain::Help_About_Click);
+}
+
+QWidget* BoostProgMain::Build_Communication_Tab() {
+    auto* page = new QWidget;
+    page->setObjectName("sstab_Main_page0");
+    auto* layout = new QVBoxLayout(page);
+
+    SSTab_Communication_ = new QTabWidget(page);
+    SSTab_Communication_->setObjectName("SSTab_Communication");
+    auto* box = new QWidget(SSTab_Communication_);
+    box->setObjectName("Box_Communication");
+    auto* mapchip = new QWidget(SSTab_Communication_);
+    mapchip->setObjectName("Mapchip_Communication");
+    SSTab_Communication_->addTab(box, "RZ-box");
+    SSTab_Communication_->addTab(mapchip, "Mapchip");
+
+    auto* box_layout = new QGridLayout(box);
+    auto button = [&](const char* name, const char* caption, int row, int col) {
+        auto* b = new QPushButton(caption, box);
+        b->setObjectName(name);
+        b->setMinimumWidth(120);
+        box_layout->addWidget(b, row, col);
+        return b;
+    };
+    Connect_Info_ = button("Connect_Info", "Connect info", 0, 0);
+    Read_Settings_ = button("Read_Settings", "Read", 0, 1);
+    Verify_Settings_ = button("Verify_Settings", "Verify", 0, 2);
+    Write_Settings_ = button("Write_Settings", "Write", 0, 3);
+    Com_Open_ = button("Com_Open", "Open port", 1, 0);
+    Com_Close_ = button("Com_Close", "Close port", 1, 1);
+    Stop_Logging_cmd_ = button("Stop_Logging_cmd", "START LOGGING", 1, 3);
+    box_layout->setColumnStretch(4, 1);
+    // The box commands stay disabled until the load has finished.
+    Set_Command_Buttons_Enabled(false);
+    Stop_Logging_cmd_->setEnabled(false);
+
+    rs232_text_ = new QLineEdit(page);
+    rs232_text_->setObjectName("rs232_text");
+    rs232_text_->setReadOnly(true);
+
+    ErrCode_label_ = new QLabel("Box error codes", page);
+    ErrCode_label_->setObjectName("ErrCode_label");
+    ErrCode_label_->setVisible(false);
+    Error_Codes_txt_ = Text_Box(page, "Error_Codes_txt", true);
+    Error_Codes_txt_->setVisible(false);
+    Debug_txt_ = Text_Box(page, "Debug_txt", true);
+
+    auto* comment_box = new QGroupBox("Settings free text comment", page);
+    comment_box->setObjectName("File_Description_frame");
+    auto* comment_layout = new QVBoxLayout(comment_box);
+    txt_File_Description_ = new QPlainTextEdit(comment_box);
+    txt_File_Description_->setObjectName("txt_File_Description");
+    txt_File_Description_->setMaximumHeight(90);
+    comment_layout->addWidget(txt_File_Description_);
+
+    layout->addWidget(SSTab_Communication_);
+    layout->addWidget(rs232_text_);
+    layout->addWidget(ErrCode_label_);
+    layout->addWidget(Error_Codes_txt_, 1);
+    layout->addWidget(Debug_txt_, 3);
+    layout->addWidget(comment_box);
+    return page;
+}
+
+void BoostProgMain::Build_Window() {
+    Build_Menus();
+    auto* central = new QWidget(this);
+    auto* layout = new QVBoxLayout(central);
+
+    auto* header = new QHBoxLayout;
+    CompLogo_ = new QLabel("VELMORA", central);
+    CompLogo_->setObjectName("CompLogo");
+    QFont logo = CompLogo_->font();
+    logo.setBold(true);
+    logo.setPointSize(logo.pointSize() + 6);
+    CompLogo_->setFont(logo);
+    auto* second_logo = new QLabel(central);
+    second_logo->setObjectName("CompLogo2");
+    second_logo->setVisible(false);
+    Label_Comments_ = new QLabel(central);
+    Label_Comments_->setObjectName("Label_Comments");
+    Version_label_ = new QLabel(central);
+    Version_label_->setObjectName("Version_label");
+    header->addWidget(CompLogo_);
+    header->addSpacing(16);
+    header->addWidget(Label_Comments_, 1);
+    header->addWidget(Version_label_);
+    layout->addLayout(header);
+
+    Label_Notification_ = new QLabel(central);
+    Label_Notification_->setObjectName("Label_Notification");
+    Label_Notification_->setVisible(false);
+    layout->addWidget(Label_Notification_);
+
+    sstab_Main_ = new QTabWidget(central);
+    sstab_Main_->setObjectName("sstab_Main");
+    sstab_Main_->addTab(Build_Communication_Tab(), "Communication");
+    SSTab_Ignition_ =
+        Tabs(sstab_Main_, "SSTab_Ignition",
+             {"Ignition main 3D map", "1st Ignition compensation", "2nd Ignition compensation"});
+    SSTab_Fuel_ = Tabs(sstab_Main_, "SSTab_Fuel",
+                       {"Fuel main 3D map", "2nd Fuel MAP", "2nd Fuel RPM", "3rd Fuel", "AFR Control",
+                        "Cylinder trim", "Auto fuel"});
+    SSTab_PWM_ = Tabs(sstab_Main_, "SSTab_PWM", {"PWM 1", "PWM1 comp.", "PWM 2", "PWM 3", "PWM 4"});
+    sstab_Main_->addTab(SSTab_Ignition_, "Ignition");
+    sstab_Main_->addTab(SSTab_Fuel_, "Fuel");
+    sstab_Main_->addTab(SSTab_PWM_, "PWM");
+    layout->addWidget(sstab_Main_, 1);
+    setCentralWidget(central);
+
+    Check_connection_timer_ = new QTimer(this);
+    Check_connection_timer_->setObjectName("Check_connection_timer");
+    Check_connection_timer_->setInterval(1500);
+
+    connect(sstab_Main_, &QTabWidget::currentChanged, this, &BoostProgMain::Show_Right_Tabs);
+    resize(1100, 760);
+}
+
+void BoostProgMain::Set_Command_Buttons_Enabled(bool enabled) {
+    for (QPushButton* b : {Verify_Settings_, Connect_Info_, Read_Settings_, Write_Settings_})
+        b->setEnabled(enabled);
+}
+
+// --- start-up ---------------------------------------------------------------------------
+
+void BoostProgMain::Dummy_Wait(int milliseconds) {
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < milliseconds) {
+        QApplication::processEvents(QEventLoop::AllEvents, milliseconds);
+        QThread::msleep(2);
+    }
+}
+
+void BoostProgMain::Form_Load() {
+    App_Context& app = app_;
+    Proc_Guard guard(app.log, "BostProgMain Form Load");
+    const QString version = QStringLiteral(QUORLEN_VERSION);
+
+    guard.Step([&] { Init_Debug_File(app.log, app.program.App_Path); });
+    guard.Step([&] { app.program.ComSpeed = 115200; });
+    guard.Step([&] {
+        splash_ = std::make_unique<frmSplash>("RZ400/RZ800M3 Interface Software", "Version " + version,
+                                              Comment_Text);
+        splash_->show();
+        app.program.Starting_Up = true;
+        Dummy_Wait(50);
+    });
+    guard.Step([&] {
+        app.link.Connection_Check_Busy = false;
+        app.link.Connect_Info_Busy = false;
+    });
+    // Port enumeration joins here with the serial link.
+    guard.Step([&] {
+        show();
+        Label_Comments_->setText(Comment_Text);
+        Version_label_->setText(QString::fromStdString(Version_Label_Text(version.toStdString())));
+    });
+    guard.Step([&] {
+        app.program.Brand_Variant = 0;
+        app.program.Product_Variant = 2;
+        Set_Program_Identity(app.program, app.program.Brand_Variant);
+        SSTab_Communication_->setTabText(0, QString::fromStdString(app.program.Comm_Tab0_Caption));
+        SSTab_Communication_->setTabText(1, QString::fromStdString(app.program.Comm_Tab1_Caption));
+        Help_wwwlink_->setText(QString::fromStdString(app.program.Help_wwwlink_Caption));
+        CompLogo_->setVisible(true);
+        app.Use_App_Path(app.program.App_Path);
+    });
+    guard.Step(
+        [&] { interface_option_Click(app, Interface_Option_For(app.ini.Read_Ini("Default_interface"))); });
+    guard.Step([&] { Read_Language_And_Autoguide(app); });
+    guard.Step([&] { app.program.Program_Version = version.toStdString(); });
+    guard.Step([&] { app.Use_App_Path(With_One_Trailing_Slash(app.program.App_Path)); });
+    guard.Step([&] {
+        Com_Open_->setEnabled(true);
+        Com_Close_->setEnabled(false);
+    });
+    guard.Step([&] { Init_ini_file(app); });
+    // User presets are read by Init_ini_file; their page joins with the settings pages.
+    guard.Step([&] { Init_Cardbyte(app.image, app.log); });
+    // Analogue input selections from the image join here with the sensor definitions.
+    guard.Step([&] {
+        Init_Tabs();
+        Update_All();
+    });
+    guard.Step([&] {
+        for (QTabWidget* tabs : {sstab_Main_, SSTab_Fuel_, SSTab_Ignition_, SSTab_PWM_, SSTab_Communication_})
+            tabs->setCurrentIndex(0);
+    });
+    guard.Step([&] { Show_Right_Tabs(); });
+    guard.Step([&] {
+        app.files.OpenDefaultNow = true;
+        File_open_Click();
+        app.files.OpenDefaultNow = false;
+    });
+    guard.Step([&] {
+        app.program.Settings_File_Name = "New1.qxs";
+        app.texts.Title = app.program.Program_Title + app.program.Settings_File_Name;
+        Show_Texts();
+        Update_All();
+    });
+    // The log window is made (shown and hidden once) here when it lands.
+    guard.Step([&] { static_cast<QX_prefs*>(Form("QX_prefs"))->Init_From_State(); });
+    guard.Step([&] { Read_Link_And_Autostart(app); });
+    guard.Step([&] { Get_Default_Window_Size(); });
+    guard.Step([&] {
+        splash_->hide();
+        splash_.reset();
+        app.program.Starting_Up = false;
+    });
+    guard.Step([&] {
+        Set_Command_Buttons_Enabled(true);
+        Stop_Logging_cmd_->setEnabled(true);
+    });
+    guard.Step([&] { Check_connection_timer_->start(); });
+    guard.Finish();
+    ready_ = true;
+}
+
+void BoostProgMain::Form_Activate() {
+    if (app_.program.Autoguide != 1) return;
+    QWidget* dialog = Form("Autoguide_startup_Dialog");
+    dialog->show();
+    dialog->raise();
+    app_.program.Autoguide = 0;
+}
+
+bool BoostProgMain::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate && ready_) Form_Activate();
+    return QMainWindow::event(event);
+}
+
+void BoostProgMain::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+}
+
+// --- child forms ------------------------------------------------------------------------
+
+bool BoostProgMain::Form_Exists(const std::string& name) const {
+    auto it = forms_.find(name);
+    return it != forms_.end() && !it->second.isNull();
+}
+
+QWidget* BoostProgMain::Form(const std::string& name) {
+    if (Form_Exists(name)) return forms_[name];
+    QWidget* form = nullptr;
+    if (name == "QX_prefs") {
+        form = new QX_prefs(app_, this, [this] { Update_All(); });
+    } else if (name == "QX_Debug") {
+        form = new QX_Debug(app_, this);
+    } else if (name == "Autoguide_startup_Dialog") {
+        form = new Autoguide_startup_Dialog(
+            app_, this, [] {},
+            [this](int index) {
+                Autoguide_Click(app_, index);
+                if (Form_Exists("QX_prefs"))
+                    static_cast<QX_prefs*>(forms_["QX_prefs"].data())->Init_From_State();
+            });
+    }
+    if (form != nullptr) forms_[name] = form;
+    return form;
+}
+
+void BoostProgMain::Unload(const std::string& name) {
+    if (name == "BoostProgMain") {
+        close();
+        return;
+    }
+    if (name == "frmSplash") {
+        splash_.reset();
+        return;
+    }
+    if (!Form_Exists(name)) return;
+    QPointer<QWidget> form = forms_[name];
+    form->close();
+    delete form.data();
+    forms_.erase(name);
+}
+
+// --- shutdown ---------------------------------------------------------------------------
+
+void BoostProgMain::File_exit_Click() {
+    app_.program.Closing = true;
+    for (const char* name : Exit_Menu_Order)
+        Unload(name);
+}
+
+void BoostProgMain::closeEvent(QCloseEvent* event) {
+    Form_Unload();
+    event->accept();
+}
+
+void BoostProgMain::Form_Unload() {
+    if (unloaded_) return;
+    unloaded_ = true;
+    Save_Display_Window_Size();
+    app_.program.Closing = true;
+    Label_Notification_->setText("Remove Mapchip from reader to close the program");
+    Label_Notification_->setVisible(true);
+    Check_connection_timer_->stop();
+    for (const char* name : Unload_Order)
+        Unload(name);
+    app_.log.Close();
+}
+
+void BoostProgMain::Get_Default_Window_Size() {
+    auto saved = Parse_Window_Size(app_.ini.Read_Ini("Main_Window_Size"));
+    if (!saved) return;
+    if (saved->width > 0 && saved->height > 0)
+        resize(saved->width / Twips_Per_Pixel, saved->height / Twips_Per_Pixel);
+    move(saved->left / Twips_Per_Pixel, saved->top / Twips_Per_Pixel);
+    if (saved->state == 2) setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+void BoostProgMain::Save_Display_Window_Size() {
+    Proc_Guard guard(app_.log, "Save display window size");
+    Window_Size current;
+    current.state = isMinimized() ? 1 : isMaximized() ? 2 : 0;
+    QRect g = normalGeometry().isValid() ? normalGeometry() : geometry();
+    current.width = g.width() * Twips_Per_Pixel;
+    current.height = g.height() * Twips_Per_Pixel;
+    current.left = g.x() * Twips_Per_Pixel;
+    current.top = g.y() * Twips_Per_Pixel;
+    guard.Step([&] {
+        auto value = Window_Size_To_Save(current, app_.ini.Read_Ini("Main_Window_Size"));
+        if (value) app_.ini.Write_Ini("Main_Window_Size", *value);
+    });
+}
+
+// --- views ------------------------------------------------------------------------------
+
+void BoostProgMain::Update_All() {
+    if (UpdateBusy_) return;
+    UpdateBusy_ = true;
+    // The grids, charts and pages read the image here as they land.
+    UpdateBusy_ = false;
+}
+
+void BoostProgMain::Update_Tabs() {}
+void BoostProgMain::Init_Tabs() {}
+void BoostProgMain::Show_Right_Tabs() {}
+
+void BoostProgMain::Show_Texts() {
+    setWindowTitle(From_8bit(app_.texts.Title));
+    rs232_text_->setText(From_8bit(app_.texts.rs232_text));
+    Debug_txt_->setPlainText(Crlf_To_Lf(app_.texts.Debug_txt));
+    Error_Codes_txt_->setPlainText(Crlf_To_Lf(app_.texts.Error_Codes_txt));
+    txt_File_Description_->setPlainText(Crlf_To_Lf(app_.texts.txt_File_Description));
+}
+
+void BoostProgMain::Take_Comment_From_Window() {
+    QString text = txt_File_Description_->toPlainText();
+    text.replace("\n", "\r\n");
+    app_.texts.txt_File_Description = To_8bit(text);
+}
+
+// --- menu commands ----------------------------------------------------------------------
+
+Settings_File_Context BoostProgMain::File_Context() {
+    Settings_File_Hooks hooks;
+    hooks.Update_All = [this] { Update_All(); };
+    hooks.Update_Tabs = [this] { Update_Tabs(); };
+    hooks.edit_undo_Click = [this] { edit_undo_Click(); };
+    hooks.Open_Log_File = [this](const std::string&) {
+        app_.texts.rs232_text = "< Log files are opened in the log window >";
+    };
+    return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,
+                                 app_.ini,     app_.log,   *active_dialogs_, std::move(hooks)};
+}
+
+void BoostProgMain::File_open_Click() {
+    Take_Comment_From_Window();
+    Settings_File_Context ctx = File_Context();
+    quorlen::File_open_Click(ctx);
+    Show_Texts();
+}
+
+void BoostProgMain::File_save_Click() {
+    Take_Comment_From_Window();
+    Settings_File_Context ctx = File_Context();
+    quorlen::File_save_Click(ctx);
+    Show_Texts();
+}
+
+void BoostProgMain::File_save_as_Click() {
+    Take_Comment_From_Window();
+    Settings_File_Context ctx = File_Context();
+    quorlen::File_save_as_Click(ctx);
+    Show_Texts();
+}
+
+void BoostProgMain::edit_undo_Click() {
+    quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Update_All(); });
+}
+
+void BoostProgMain::edit_redo_Click() {
+    quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Update_All(); });
+}
+
+void BoostProgMain::View_write_debug_Click() {
+    bool show = !Debug_txt_->isVisible();
+    Debug_txt_->setVisible(show);
+}
+
+void BoostProgMain::Debug_View_Click() {
+    QWidget* form = Form("QX_Debug");
+    form->show();
+    form->raise();
+}
+
+void BoostProgMain::Show_Prefs() {
+    QWidget* form = Form("QX_prefs");
+    form->show();
+    form->raise();
+}
+
+void BoostProgMain::Help_Quorlen_Click() {
+    QDesktopServices::openUrl(
+        QUrl::fromLocalFile(QString::fromStdString(app_.program.App_Path + app_.program.Manual_Link)));
+}
+
+void BoostProgMain::Help_wwwlink_Click() {
+    QDesktopServices::openUrl(QUrl(QString::fromStdString(app_.program.Web_Link)));
+}
+
+void BoostProgMain::Help_About_Click() {
+    QMessageBox::about(this, "About",
+                       QString::fromStdString(app_.program.Product_Title) + "\nVersion " +
+                           QString::fromStdString(app_.program.Program_Version) + "\n\nby " +
+                           QString::fromStdString(app_.program.Company_Line));
+}
+
+} // namespace quorlen::ui

@@ -1,0 +1,129 @@
+#pragma once
+// The main window and the one controller of the program: it owns the program-wide state,
+// runs the load order and the two shutdown routes, and hosts the child forms.
+
+#include "app/app_context.h"
+#include "files/settings_files.h"
+#include "ui/qt_dialogs.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+#include <map>
+#include <memory>
+#include <string>
+
+class QAction;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QTabWidget;
+class QTimer;
+
+namespace quorlen::ui {
+
+class frmSplash;
+
+struct Start_Options {
+    std::string app_path;    // resolved before the window is built
+    bool unattended = false; // answer questions with their default, show no file dialog
+};
+
+class BoostProgMain final : public QMainWindow {
+public:
+    explicit BoostProgMain(Start_Options options);
+    ~BoostProgMain() override;
+
+    App_Context& App() { return app_; }
+    User_Dialogs& Dialogs() { return *dialogs_; }
+    // Tests put their scripted answers here.
+    void Use_Dialogs(User_Dialogs* dialogs) { active_dialogs_ = dialogs; }
+
+    void Form_Load();
+    void Form_Activate();
+    void File_exit_Click();
+    void File_open_Click();
+    void File_save_Click();
+    void File_save_as_Click();
+    void edit_undo_Click();
+    void edit_redo_Click();
+    void View_write_debug_Click();
+    void Debug_View_Click();
+    void Help_Quorlen_Click();
+    void Help_wwwlink_Click();
+    void Help_About_Click();
+    void Show_Prefs();
+
+    // Refreshes every view from the image; the tables join here as they land.
+    void Update_All();
+    void Update_Tabs();
+    void Show_Right_Tabs();
+    void Init_Tabs();
+
+    // A child form by name, created on first use.
+    QWidget* Form(const std::string& name);
+    bool Form_Exists(const std::string& name) const;
+    // Really closes a form (Closing must be set); one never created is left alone.
+    void Unload(const std::string& name);
+
+    // Pushes the texts of the state into the window, and the comment box back.
+    void Show_Texts();
+    void Take_Comment_From_Window();
+
+    bool Ready() const { return ready_; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    void Build_Window();
+    void Build_Menus();
+    QWidget* Build_Communication_Tab();
+    void Form_Unload();
+    void Get_Default_Window_Size();
+    void Save_Display_Window_Size();
+    void Set_Command_Buttons_Enabled(bool enabled);
+    Settings_File_Context File_Context();
+    void Dummy_Wait(int milliseconds);
+
+    App_Context app_;
+    Start_Options options_;
+    std::unique_ptr<Qt_User_Dialogs> dialogs_;
+    User_Dialogs* active_dialogs_ = nullptr;
+    std::map<std::string, QPointer<QWidget>> forms_;
+    std::unique_ptr<frmSplash> splash_;
+    bool UpdateBusy_ = false;
+    bool ready_ = false;
+    bool unloaded_ = false;
+
+    QTabWidget* sstab_Main_ = nullptr;
+    QTabWidget* SSTab_Communication_ = nullptr;
+    QTabWidget* SSTab_Ignition_ = nullptr;
+    QTabWidget* SSTab_Fuel_ = nullptr;
+    QTabWidget* SSTab_PWM_ = nullptr;
+    QLineEdit* rs232_text_ = nullptr;
+    QPlainTextEdit* Debug_txt_ = nullptr;
+    QPlainTextEdit* Error_Codes_txt_ = nullptr;
+    QLabel* ErrCode_label_ = nullptr;
+    QPlainTextEdit* txt_File_Description_ = nullptr;
+    QLabel* Version_label_ = nullptr;
+    QLabel* Label_Comments_ = nullptr;
+    QLabel* Label_Notification_ = nullptr;
+    QLabel* CompLogo_ = nullptr;
+    QPushButton* Connect_Info_ = nullptr;
+    QPushButton* Read_Settings_ = nullptr;
+    QPushButton* Verify_Settings_ = nullptr;
+    QPushButton* Write_Settings_ = nullptr;
+    QPushButton* Com_Open_ = nullptr;
+    QPushButton* Com_Close_ = nullptr;
+    QPushButton* Stop_Logging_cmd_ = nullptr;
+    QAction* Help_wwwlink_ = nullptr;
+    QAction* Online_mnu_ = nullptr;
+    QAction* Engine_OnOff_mnu_ = nullptr;
+    QTimer* Check_connection_timer_ = nullptr;
+};
+
+} // namespace quorlen::ui

@@ -1,0 +1,41 @@
+#pragma once
+// User_Dialogs answered by message boxes and file dialogs; or, for scripted runs of the
+// whole program (start-up timing, screenshots), answered at once with the default button
+// and reported on standard error.
+
+#include "core/user_dialogs.h"
+
+#include <QString>
+
+class QWidget;
+
+namespace quorlen::ui {
+
+class Qt_User_Dialogs final : public User_Dialogs {
+public:
+    explicit Qt_User_Dialogs(QWidget* parent, QString title) : parent_(parent), title_(std::move(title)) {}
+
+    // When set, no dialog is shown: questions answer OK/Yes, pickers cancel.
+    void Set_Unattended(bool unattended) { unattended_ = unattended; }
+    bool Unattended() const { return unattended_; }
+
+    void Inform(const std::string& text) override;
+    Answer Ask_Ok_Cancel(const std::string& text) override;
+    Answer Ask_Yes_No(const std::string& text) override;
+    std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup& setup) override;
+    std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup& setup) override;
+
+private:
+    QWidget* parent_;
+    QString title_;
+    bool unattended_ = false;
+};
+
+// "Box setting file *.qxs|*.qxs" as a Qt name filter list.
+QString Qt_Filter_From(const std::string& filter);
+
+// Texts of the files and the settings are 8-bit in the old code page; the screen is Unicode.
+QString From_8bit(const std::string& text);
+std::string To_8bit(const QString& text);
+
+} // namespace quorlen::ui
