@@ -23,7 +23,6 @@ int main(int argc, char** argv) {
     since_start.start();
     QApplication application(argc, argv);
     QApplication::setApplicationName("quorlen");
-    QApplication::setApplicationDisplayName("Quorlen");
 
     QCommandLineParser parser;
     parser.setApplicationDescription("RZ400/RZ800M3 Interface Software");
