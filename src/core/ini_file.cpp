@@ -3,7 +3,7 @@
 #include "core/atomic_file.h"
 #include "core/text.h"
 
-#include <cstdio>
+#include "core/run_error.h"
 
 namespace quorlen {
 
@@ -19,7 +19,7 @@ std::size_t Key_End_For_Read(std::string_view line) {
 std::string Read_Text_If_Any(const std::string& path) {
     try {
         return Read_Whole_File(path);
-    } catch (...) {
+    } catch (const Run_Error&) {
         return {};
     }
 }
@@ -31,14 +31,12 @@ Ini_File::Ini_File(std::string path, std::string temp_path)
 
 bool Ini_File::Read_Ini(std::string_view key, std::string& value, int occurrence) const {
     value.clear();
-    std::FILE* f = std::fopen(path_.c_str(), "rb");
-    if (f == nullptr) return false;
     std::string text;
-    char buffer[16384];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-        text.append(buffer, n);
-    std::fclose(f);
+    try {
+        text = Read_Whole_File(path_);
+    } catch (const Run_Error&) {
+        return false; // no file: every key reads empty
+    }
 
     int count = 1;
     bool found = false;

@@ -33,13 +33,13 @@ bool Parse_Count(std::string_view text, long& value) {
 
 } // namespace
 
-bool Add_Fault(std::string_view spec, Box_Faults& box, Line_Fault_Plan& line, std::string& error) {
-    const auto at = spec.find('@');
-    const std::string_view kind = spec.substr(0, at);
+bool Add_Fault(std::string_view fault_text, Box_Faults& box, Line_Fault_Plan& line, std::string& error) {
+    const auto at = fault_text.find('@');
+    const std::string_view kind = fault_text.substr(0, at);
     long n = -1;
-    if (at != std::string_view::npos && !Parse_Count(spec.substr(at + 1), n)) {
+    if (at != std::string_view::npos && !Parse_Count(fault_text.substr(at + 1), n)) {
         error = "bad count in fault '";
-        error.append(spec).append("'");
+        error.append(fault_text).append("'");
         return false;
     }
     const bool has_n = n >= 0;

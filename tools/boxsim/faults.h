@@ -20,7 +20,7 @@ struct Line_Fault_Plan {
 };
 
 // Adds one "KIND[@N]" to the plans; false with `error` set when it is not one of ours.
-bool Add_Fault(std::string_view spec, Box_Faults& box, Line_Fault_Plan& line, std::string& error);
+bool Add_Fault(std::string_view fault_text, Box_Faults& box, Line_Fault_Plan& line, std::string& error);
 
 // The text of `boxsim --help` that lists the kinds.
 extern const char* const Fault_Help;
