@@ -1,4 +1,7 @@
 #include "cli/commands.h"
+#include "cli/show_command.h"
+
+#include "cli/link_commands.h"
 
 #include "files/settings_files.h"
 #include "image/settings_image.h"
@@ -17,6 +20,13 @@ const char* const Usage =
     "                     the image checksum over 0..1023 (hex) and the number of comment lines\n"
     "  qxs-diff A B       list each address whose byte differs: address, byte in A, byte in B;\n"
     "                     exit 0 when the images are equal, 1 when not\n"
+    "  ports [--port PATH|N]\n"
+    "                     the serial ports as the preferences list them, and the entry they\n"
+    "                     would select for the port (default: port 1)\n"
+    "  info --port PATH|N [--baud 115200|625000]\n"
+    "                     ask the box who it is and print what Connect info shows; exit 0 when\n"
+    "                     it answered, 2 when not, 1 when the port can't be opened (and why)\n"
+    QUORLEN_CLI_SHOW_USAGE
     "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
@@ -73,6 +83,9 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     const std::string& command = args[0];
     if (command == "qxs-check") return Qxs_Check(args, out, err);
     if (command == "qxs-diff") return Qxs_Diff(args, out, err);
+    if (command == "ports") return Ports(args, out, err);
+    if (command == "info") return Info(args, out, err);
+    if (command == "show") return Show_Command(args, out, err);
     std::fprintf(err, "quorlen-cli: unknown command '%s'\n\n%s", command.c_str(), Usage);
     return 2;
 }

@@ -6,7 +6,11 @@
 #include "core/ini_file.h"
 #include "core/program_state.h"
 #include "files/presets.h"
+#include "image/scaling.h"
+#include "link/link_state.h"
 #include "image/settings_image.h"
+#include "sensors/sensor_defs.h"
+#include "tables/map_tables.h"
 #include "tables/undo_list.h"
 
 namespace quorlen {
@@ -27,8 +31,12 @@ struct App_Context {
     Form_Texts texts;
     File_State files;
     Link_Flags link;
+    Link_State link_state;
     Settings_Image image;
     Undo_List undo;
+    Sensor_State sensors;
+    Tables_State tables;
+    Scroll_Limits scroll_limits;
     Preset_Table PresetList;
     int User_Preset = 0;
     Prefs_State prefs;
@@ -36,6 +44,9 @@ struct App_Context {
 
     // Points the configuration file at App_Path; the rewrite goes through "QXS.new" there.
     void Use_App_Path(const std::string& app_path);
+
+    Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
+    Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs}; }
 };
 
 } // namespace quorlen

@@ -5,6 +5,7 @@
 //   --unattended       answer questions with their default button, open no file dialog
 //   --quit-after-load  start, print the start-up time, and leave by File, Exit
 //   --screenshot FILE  start, grab the main window to FILE (PNG), and leave
+//   --port PATH        talk to the box on PATH in this run (e.g. the simulator's link)
 
 #include "core/app_path.h"
 #include "ui/boost_prog_main.h"
@@ -31,7 +32,9 @@ int main(int argc, char** argv) {
     QCommandLineOption unattended_opt("unattended", "Answer questions with their default button.");
     QCommandLineOption quit_opt("quit-after-load", "Print the start-up time and leave by File, Exit.");
     QCommandLineOption shot_opt("screenshot", "Grab the main window to FILE and leave.", "FILE");
-    parser.addOptions({app_path_opt, unattended_opt, quit_opt, shot_opt});
+    QCommandLineOption port_opt("port", "Talk to the box on PATH in this run, whatever the settings say.",
+                                "PATH");
+    parser.addOptions({app_path_opt, unattended_opt, quit_opt, shot_opt, port_opt});
     parser.process(application);
 
     quorlen::ui::Start_Options options;
@@ -47,6 +50,7 @@ int main(int argc, char** argv) {
         in.user_data = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation).toStdString();
         options.app_path = quorlen::Resolve_App_Path(in);
     }
+    if (parser.isSet(port_opt)) options.port = QDir(parser.value(port_opt)).absolutePath().toStdString();
     options.unattended = parser.isSet(unattended_opt) || parser.isSet(quit_opt) || parser.isSet(shot_opt);
 
     quorlen::ui::BoostProgMain window(options);

@@ -17,11 +17,11 @@ void Init_ini_file(App_Context& app) {
     Proc_Guard guard(app.log, "Init ini file");
     guard.Step([&] {
         std::string port;
-        app.program.Com_Port = app.ini.Read_Ini("comport1", port) ? static_cast<int>(Val(port)) : 1;
+        app.program.Com_Port = app.ini.Read_Ini("comport1", port) ? app.link_state.Ports.From_Ini(port) : 1;
     });
     guard.Step([&] { app.files.CurrentDataDir = app.ini.Read_Ini("card_data_dir"); });
     guard.Step([&] { app.ini.Write_Ini("start_dir", app.program.App_Path); });
-    // The sensor table is filled here when the sensor definitions land.
+    guard.Step([&] { Load_Sensor_Definitions(app.sensors, app.ini, guard, &app.texts.Debug_txt); });
     guard.Step([&] {
         app.PresetList.clear();
         for (int occurrence = 1;; ++occurrence) {
@@ -140,7 +140,7 @@ void Auto_Start_option_Click(App_Context& app, int index, bool ticked) {
 void Prefs_Apply(App_Context& app, int com_port) {
     Proc_Guard guard(app.log, "Apply button click");
     app.program.Com_Port = com_port;
-    guard.Step([&] { app.ini.Write_Ini("comport1", std::to_string(com_port)); });
+    guard.Step([&] { app.ini.Write_Ini("comport1", app.link_state.Ports.Ini_Value(com_port)); });
     guard.Step([&] {
         std::string key = Interface_Key_For(app.prefs.interface_option);
         if (!key.empty()) app.ini.Write_Ini("Default_Interface", key);

@@ -30,6 +30,11 @@ public:
     virtual ~User_Dialogs() = default;
     // A plain information box with an OK button.
     virtual void Inform(const std::string& text) = 0;
+    // The same with a title of its own ("Connected box info"); by default the program's.
+    virtual void Inform_Titled(const std::string& title, const std::string& text) {
+        (void)title;
+        Inform(text);
+    }
     // A question with OK and Cancel buttons.
     virtual Answer Ask_Ok_Cancel(const std::string& text) = 0;
     // A question with Yes and No buttons.

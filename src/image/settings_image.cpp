@@ -176,15 +176,6 @@ void Clear_StandAlone_CardByte(Settings_Image& image) {
     Fill(image, 1011, 1023, 0);
 }
 
-void Set_StandAlone_ScrollFactors(Settings_Image& image, Debug_Log& log) {
-    Proc_Guard guard(log, "Set stabd akibe scrikk factors");
-    guard.Step([&] {
-        image.FuelBlockBase = 256;
-        image.IgnBlockBase = 653;
-        image.CardByte[6] = 0;
-    });
-}
-
 void Init_Cardbyte(Settings_Image& image, Debug_Log& log) {
     Proc_Guard guard(log, "Init Cardbyte");
     guard.Step([&] { Fill(image, 1, 255, 0); });

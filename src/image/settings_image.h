@@ -41,6 +41,13 @@ struct Settings_Image {
     // The second table base that the stand-alone dataset moves to the PWM tables; 0 until
     // Init_Cardbyte has seen a stand-alone dataset.
     int Second_Table_Base = 0;
+    // The small PWM2 extra fuel block, and three more tables that start at the ignition block.
+    int PwmFuelBase = 46;
+    std::array<int, 3> Further_Table_Bases{653, 653, 653};
+    // The input number behind each analogue channel code 1 to 12 (index 0 unused), and the
+    // channel of the boost sensor.
+    std::array<int, 13> Analog_Channel{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    int BoostSensor = 3;
 };
 
 // Throws Subscript out of range for an index outside 0..1024.
@@ -88,8 +95,7 @@ bool Get_Errcardbyte(Settings_Image& image);
 
 void Clear_StandAlone_CardByte(Settings_Image& image);
 
-// Fixed table bases of the stand-alone dataset. The scaling catalogue of the pages joins
-// here when the parameter pages land.
+// The stand-alone dataset's flag bytes, scaling catalogue and table bases (image/scaling.cpp).
 void Set_StandAlone_ScrollFactors(Settings_Image& image, Debug_Log& log);
 
 // Defaults at start and on a new dataset.

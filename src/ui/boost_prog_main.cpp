@@ -8,6 +8,8 @@
 #include "tables/undo_list.h"
 #include "ui/autoguide_dialog.h"
 #include "ui/frm_splash.h"
+#include "ui/map_tabs.h"
+#include "ui/link_panel.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
 
@@ -259,6 +261,7 @@ void BoostProgMain::Build_Window() {
                        {"Fuel main 3D map", "2nd Fuel MAP", "2nd Fuel RPM", "3rd Fuel", "AFR Control",
                         "Cylinder trim", "Auto fuel"});
     SSTab_PWM_ = Tabs(sstab_Main_, "SSTab_PWM", {"PWM 1", "PWM1 comp.", "PWM 2", "PWM 3", "PWM 4"});
+    Build_Map_Tabs();
     sstab_Main_->addTab(SSTab_Ignition_, "Ignition");
     sstab_Main_->addTab(SSTab_Fuel_, "Fuel");
     sstab_Main_->addTab(SSTab_PWM_, "PWM");
@@ -268,6 +271,7 @@ void BoostProgMain::Build_Window() {
     Check_connection_timer_ = new QTimer(this);
     Check_connection_timer_->setObjectName("Check_connection_timer");
     Check_connection_timer_->setInterval(1500);
+    Build_Link_Panel();
 
     connect(sstab_Main_, &QTabWidget::currentChanged, this, &BoostProgMain::Show_Right_Tabs);
     resize(1100, 760);
@@ -307,7 +311,7 @@ void BoostProgMain::Form_Load() {
         app.link.Connection_Check_Busy = false;
         app.link.Connect_Info_Busy = false;
     });
-    // Port enumeration joins here with the serial link.
+    guard.Step([&] { Load_Port_List(); });
     guard.Step([&] {
         show();
         Label_Comments_->setText(Comment_Text);
@@ -335,7 +339,7 @@ void BoostProgMain::Form_Load() {
     guard.Step([&] { Init_ini_file(app); });
     // User presets are read by Init_ini_file; their page joins with the settings pages.
     guard.Step([&] { Init_Cardbyte(app.image, app.log); });
-    // Analogue input selections from the image join here with the sensor definitions.
+    guard.Step([&] { Init_Analog_from_CardByte(app); });
     guard.Step([&] {
         Init_Tabs();
         Update_All();
@@ -369,7 +373,7 @@ void BoostProgMain::Form_Load() {
         Set_Command_Buttons_Enabled(true);
         Stop_Logging_cmd_->setEnabled(true);
     });
-    guard.Step([&] { Check_connection_timer_->start(); });
+    guard.Step([&] { Start_Check_connection_timer(); });
     guard.Finish();
     ready_ = true;
 }
@@ -402,7 +406,8 @@ QWidget* BoostProgMain::Form(const std::string& name) {
     if (Form_Exists(name)) return forms_[name];
     QWidget* form = nullptr;
     if (name == "QX_prefs") {
-        form = new QX_prefs(app_, this, [this] { Update_All(); });
+        form = new QX_prefs(
+            app_, this, [this] { Update_All(); }, [this](bool found) { Prefs_Port_Chosen(found); });
     } else if (name == "QX_Debug") {
         form = new QX_Debug(app_, this);
     } else if (name == "Autoguide_startup_Dialog") {
@@ -486,16 +491,7 @@ void BoostProgMain::Save_Display_Window_Size() {
 
 // --- views ------------------------------------------------------------------------------
 
-void BoostProgMain::Update_All() {
-    if (UpdateBusy_) return;
-    UpdateBusy_ = true;
-    // The grids, charts and pages read the image here as they land.
-    UpdateBusy_ = false;
-}
-
-void BoostProgMain::Update_Tabs() {}
-void BoostProgMain::Init_Tabs() {}
-void BoostProgMain::Show_Right_Tabs() {}
+// Update_All, Update_Tabs, Init_Tabs and Show_Right_Tabs: boost_prog_main_tables.cpp.
 
 void BoostProgMain::Show_Texts() {
     setWindowTitle(From_8bit(app_.texts.Title));
@@ -517,6 +513,7 @@ Settings_File_Context BoostProgMain::File_Context() {
     Settings_File_Hooks hooks;
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
+    hooks.AN_Combo_Click = [this] { Analog_Follows_Image(); };
     hooks.edit_undo_Click = [this] { edit_undo_Click(); };
     hooks.Open_Log_File = [this](const std::string&) {
         app_.texts.rs232_text = "< Log files are opened in the log window >";

@@ -4,6 +4,7 @@
 
 #include "app/app_context.h"
 #include "files/settings_files.h"
+#include "link/command_link.h"
 #include "ui/qt_dialogs.h"
 
 #include <QMainWindow>
@@ -24,10 +25,13 @@ class QTimer;
 namespace quorlen::ui {
 
 class frmSplash;
+class Map_Tabs;
+struct Link_Panel;
 
 struct Start_Options {
     std::string app_path;    // resolved before the window is built
     bool unattended = false; // answer questions with their default, show no file dialog
+    std::string port;        // a device path that stands in for comport1 in this run
 };
 
 class BoostProgMain final : public QMainWindow {
@@ -55,11 +59,14 @@ public:
     void Help_About_Click();
     void Show_Prefs();
 
-    // Refreshes every view from the image; the tables join here as they land.
+    // Refreshes every view from the image (boost_prog_main_tables.cpp).
     void Update_All();
     void Update_Tabs();
     void Show_Right_Tabs();
     void Init_Tabs();
+    // The analogue inputs take the sensors the image names, and the tables follow.
+    void Init_Analog_from_CardByte(App_Context& app);
+    void Analog_Follows_Image();
 
     // A child form by name, created on first use.
     QWidget* Form(const std::string& name);
@@ -73,6 +80,16 @@ public:
 
     bool Ready() const { return ready_; }
 
+    // The box link (boost_prog_main_link.cpp).
+    void Connect_Info_Click();
+    void Com_Open_Click();
+    void Com_Close_Click();
+    void Command2_Click();
+    void Check_connection_timer_Timer();
+    // Shows the name of the running system.
+    void EnumerateList();
+    Link_Context Link();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -81,6 +98,7 @@ protected:
 private:
     void Build_Window();
     void Build_Menus();
+    void Build_Map_Tabs();
     QWidget* Build_Communication_Tab();
     void Form_Unload();
     void Get_Default_Window_Size();
@@ -88,6 +106,12 @@ private:
     void Set_Command_Buttons_Enabled(bool enabled);
     Settings_File_Context File_Context();
     void Dummy_Wait(int milliseconds);
+    void Build_Link_Panel();
+    void Load_Port_List();
+    void Start_Check_connection_timer();
+    void Show_Link_State();
+    void Prefs_Port_Chosen(bool selected);
+    void Start_Logg_cmd_Click(int index);
 
     App_Context app_;
     Start_Options options_;
@@ -104,6 +128,7 @@ private:
     QTabWidget* SSTab_Ignition_ = nullptr;
     QTabWidget* SSTab_Fuel_ = nullptr;
     QTabWidget* SSTab_PWM_ = nullptr;
+    Map_Tabs* map_tabs_ = nullptr;
     QLineEdit* rs232_text_ = nullptr;
     QPlainTextEdit* Debug_txt_ = nullptr;
     QPlainTextEdit* Error_Codes_txt_ = nullptr;
@@ -124,6 +149,7 @@ private:
     QAction* Online_mnu_ = nullptr;
     QAction* Engine_OnOff_mnu_ = nullptr;
     QTimer* Check_connection_timer_ = nullptr;
+    std::unique_ptr<Link_Panel> link_;
 };
 
 } // namespace quorlen::ui

@@ -2,6 +2,7 @@
 
 #include "app/app_context.h"
 #include "app/startup.h"
+#include "link/serial_port_list.h"
 #include "ui/qt_dialogs.h"
 
 #include <QButtonGroup>
@@ -17,6 +18,8 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include <cstdlib>
+
 namespace quorlen::ui {
 
 QRadioButton* QX_prefs::Radio(QButtonGroup* group, const QString& name, const QString& caption, int id) {
@@ -26,8 +29,10 @@ QRadioButton* QX_prefs::Radio(QButtonGroup* group, const QString& name, const QS
     return button;
 }
 
-QX_prefs::QX_prefs(App_Context& app, QWidget* parent, std::function<void()> update_all)
-    : Child_Form(app.program.Closing, parent), app_(app), update_all_(std::move(update_all)) {
+QX_prefs::QX_prefs(App_Context& app, QWidget* parent, std::function<void()> update_all,
+                   std::function<void(bool)> port_chosen)
+    : Child_Form(app.program.Closing, parent), app_(app), update_all_(std::move(update_all)),
+      port_chosen_(std::move(port_chosen)) {
     setObjectName("QX_prefs");
     setWindowTitle(QString::fromStdString(app.program.Program_Title) + "PC settings");
     auto* layout = new QVBoxLayout(this);
@@ -76,6 +81,9 @@ QX_prefs::QX_prefs(App_Context& app, QWidget* parent, std::function<void()> upda
     Combo1_ = new QComboBox(this);
     Combo1_->setObjectName("Combo1");
     Combo1_->setMinimumContentsLength(24);
+    // A path can be typed in, so a pseudo-terminal (the simulator) can be chosen.
+    Combo1_->setEditable(true);
+    Combo1_->setInsertPolicy(QComboBox::NoInsert);
     ManualUSBDetect_Check_ = new QCheckBox("Manual USB detection", this);
     ManualUSBDetect_Check_->setObjectName("ManualUSBDetect_Check");
     port->addWidget(Combo1_);
@@ -133,16 +141,37 @@ void QX_prefs::Init_From_State() {
 void QX_prefs::showEvent(QShowEvent* event) {
     app_.link.Connection_Check_Busy = true;
     Text1_->setText(From_8bit(app_.ini.Read_Ini("card_data_dir")));
-    if (Combo1_->count() == 0)
-        Combo1_->addItem(QStringLiteral("COM%1").arg(app_.program.Com_Port), app_.program.Com_Port);
+    Fill_Port_List();
     Init_From_State();
     app_.link.Connection_Check_Busy = false;
     Child_Form::showEvent(event);
 }
 
+void QX_prefs::Fill_Port_List() {
+    clsSerialPortList list(platform_, app_.link_state.Ports,
+                           Simulator_Link_Candidates(std::getenv("XDG_RUNTIME_DIR")));
+    list.EnumerateList(16, false, false, false);
+    const Combo1_Fill fill = Fill_Combo1(list, app_.program.Com_Port);
+    {
+        QSignalBlocker block(Combo1_);
+        Combo1_->clear();
+        for (const Combo1_Entry& entry : fill.entries)
+            Combo1_->addItem(From_8bit(entry.text), entry.COMx);
+        Combo1_->setCurrentIndex(fill.selected);
+    }
+    app_.program.Com_Port = fill.Com_Port;
+    if (port_chosen_) port_chosen_(fill.selected >= 0);
+}
+
 void QX_prefs::ApplyButton_Click() {
-    QVariant port = Combo1_->currentData();
-    Prefs_Apply(app_, port.isValid() ? port.toInt() : app_.program.Com_Port);
+    int port = app_.program.Com_Port;
+    const int index = Combo1_->currentIndex();
+    const QString typed = Combo1_->currentText().trimmed();
+    if (index >= 0 && Combo1_->itemText(index) == Combo1_->currentText())
+        port = Combo1_->itemData(index).toInt();
+    else if (typed.startsWith('/'))
+        port = app_.link_state.Ports.Number_For(To_8bit(typed));
+    Prefs_Apply(app_, port);
     if (update_all_) update_all_();
 }
 

@@ -17,7 +17,12 @@ public:
     std::deque<std::optional<Picked_File>> files; // default when empty: cancelled
     std::vector<File_Dialog_Setup> dialogs_shown;
 
+    std::vector<std::string> informed_titles; // of Inform_Titled, in order
     void Inform(const std::string& text) override { informed.push_back(text); }
+    void Inform_Titled(const std::string& title, const std::string& text) override {
+        informed_titles.push_back(title);
+        Inform(text);
+    }
     Answer Ask_Ok_Cancel(const std::string& text) override { return Next(text, Answer::Ok); }
     Answer Ask_Yes_No(const std::string& text) override { return Next(text, Answer::Yes); }
     std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup& setup) override { return Pick(setup); }

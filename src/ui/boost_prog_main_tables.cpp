@@ -1,0 +1,67 @@
+// The main window's map tabs: building them, and the four table refreshes that every change
+// of the image, of a size, a sensor or a function runs.
+
+#include "ui/boost_prog_main.h"
+
+#include "ui/map_tabs.h"
+
+#include <QTabWidget>
+
+namespace quorlen::ui {
+
+void BoostProgMain::Build_Map_Tabs() {
+    Map_Tabs_Hooks hooks;
+    hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+    hooks.Update_All = [this] { Update_All(); };
+    hooks.Update_Tabs = [this] { Update_Tabs(); };
+    hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
+    map_tabs_ = new Map_Tabs(app_, std::move(hooks), SSTab_Ignition_, SSTab_Fuel_, SSTab_PWM_, this);
+}
+
+void BoostProgMain::Update_All() {
+    if (UpdateBusy_) return;
+    UpdateBusy_ = true;
+    Tables_Context ctx = app_.Tables(*active_dialogs_);
+    quorlen::Update_All(ctx);
+    map_tabs_->Update_All();
+    UpdateBusy_ = false;
+}
+
+void BoostProgMain::Update_Tabs() {
+    Tables_Context ctx = app_.Tables(*active_dialogs_);
+    quorlen::Update_Tabs(ctx);
+    map_tabs_->Update_Tabs();
+}
+
+void BoostProgMain::Init_Tabs() {
+    Tables_Context ctx = app_.Tables(*active_dialogs_);
+    quorlen::Init_Tabs(ctx);
+    map_tabs_->Init_Tabs();
+    map_tabs_->Update_Tabs();
+}
+
+void BoostProgMain::Show_Right_Tabs() {
+    Tables_State& t = app_.tables;
+    t.sstab_Main = sstab_Main_->currentIndex();
+    t.SSTab_Ignition = SSTab_Ignition_->currentIndex();
+    t.SSTab_Fuel = SSTab_Fuel_->currentIndex();
+    t.SSTab_PWM = SSTab_PWM_->currentIndex();
+    Tables_Context ctx = app_.Tables(*active_dialogs_);
+    quorlen::Show_Right_Tabs(ctx);
+    map_tabs_->Show_Right_Tabs();
+}
+
+void BoostProgMain::Init_Analog_from_CardByte(App_Context& app) {
+    Analog_Context ctx = app.Analog();
+    quorlen::Init_Analog_from_CardByte(ctx);
+    Show_Texts();
+}
+
+void BoostProgMain::Analog_Follows_Image() {
+    Init_Analog_from_CardByte(app_);
+    Update_Tabs();
+    Show_Right_Tabs();
+    Update_All();
+}
+
+} // namespace quorlen::ui

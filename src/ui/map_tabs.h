@@ -1,0 +1,95 @@
+#pragma once
+// The Ignition, Fuel and PWM tabs of the main window: the map grids, the charts of the
+// one-dimensional tables, the size and function combos, the compensation sliders and the
+// labels that name the load sensors. They show what the table logic reads from the image and
+// forward the user's choices to it; the main window decides when they refresh.
+
+#include "app/app_context.h"
+#include "ui/table_models.h"
+
+#include <QObject>
+
+#include <functional>
+#include <map>
+#include <vector>
+
+class QChartView;
+class QComboBox;
+class QLabel;
+class QScrollBar;
+class QTabWidget;
+class QTableView;
+class QWidget;
+
+namespace quorlen::ui {
+
+struct Map_Tabs_Hooks {
+    std::function<User_Dialogs&()> Dialogs;
+    std::function<void()> Update_All;
+    std::function<void()> Update_Tabs;
+    std::function<void()> Show_Right_Tabs;
+};
+
+class Map_Tabs final : public QObject {
+public:
+    Map_Tabs(App_Context& app, Map_Tabs_Hooks hooks, QTabWidget* ignition, QTabWidget* fuel, QTabWidget* pwm,
+             QObject* parent);
+
+    // Fills the combos once.
+    void Init_Tabs();
+    // Grid shapes and column widths, the combos' choices.
+    void Update_Tabs();
+    // Labels, units and the PWM1 tab's caption.
+    void Show_Right_Tabs();
+    // Every grid, chart and slider follows the image.
+    void Update_All();
+
+    Image_Table_Model* Model(Table_Id id) const;
+    QTableView* Grid(Table_Id id) const;
+
+    // The main form's slider at `index` moved to `value`.
+    void scroll_Change(int index, int value);
+
+private:
+    struct Chart;
+    struct Slider {
+        QScrollBar* scroll = nullptr;
+        QLabel* text = nullptr;
+        QLabel* unit = nullptr;
+    };
+
+    Tables_Context Context() const;
+    QTableView* Add_Grid(QWidget* parent, const char* name, Table_Id id);
+    Chart* Add_Chart(QWidget* parent, const QString& name);
+    QLabel* Add_Label(QWidget* parent, const char* name);
+    QWidget* Build_Main_Map(QWidget* page, Table_Id id);
+    QWidget* Build_One_D(QWidget* page, Table_Id id, const char* grid_name, const QString& chart_name);
+    void Build_Comp_Page(QWidget* page, int first_index, const QString& chart_name);
+    void Fit_Columns(QTableView* view);
+    void Fit_Main_Map(Table_Id id);
+    void Offer_Chart(Chart& chart, Chart_Data data);
+    void Show_Pending(Chart& chart);
+    void Show_Chart(Chart& chart, const Chart_Data& data);
+    void Show_Sliders();
+
+    App_Context& app_;
+    Map_Tabs_Hooks hooks_;
+    QTabWidget* ignition_;
+    QTabWidget* fuel_;
+    QTabWidget* pwm_;
+
+    std::map<Table_Id, Image_Table_Model*> models_;
+    std::map<Table_Id, QTableView*> grids_;
+    std::map<Table_Id, Chart*> charts_;
+    std::vector<std::unique_ptr<Chart>> chart_store_;
+    Chart* pwm_comp_chart_ = nullptr;
+    Chart* ign_comp_chart_ = nullptr;
+    std::map<int, Slider> sliders_;
+
+    QComboBox* FUEL_3D_MAP_Size_Combo_ = nullptr;
+    QComboBox* Ign_3D_MAP_Size_Combo_ = nullptr;
+    QComboBox* FUEL_2nd_MAP_Function_Combo_ = nullptr;
+    std::map<std::string, QLabel*> labels_;
+};
+
+} // namespace quorlen::ui
