@@ -1,7 +1,10 @@
 #include "cli/commands.h"
 #include "cli/show_command.h"
 
+#include "cli/edit_command.h"
 #include "cli/link_commands.h"
+#include "cli/log_commands.h"
+#include "cli/rw_commands.h"
 
 #include "files/settings_files.h"
 #include "image/settings_image.h"
@@ -25,9 +28,8 @@ const char* const Usage =
     "                     would select for the port (default: port 1)\n"
     "  info --port PATH|N [--baud 115200|625000]\n"
     "                     ask the box who it is and print what Connect info shows; exit 0 when\n"
-    "                     it answered, 2 when not, 1 when the port can't be opened (and why)\n"
-    QUORLEN_CLI_SHOW_USAGE
-    "\n"
+    "                     it answered, 2 when not, 1 when the port can't be opened (and "
+    "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_LOG_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -86,6 +88,15 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "ports") return Ports(args, out, err);
     if (command == "info") return Info(args, out, err);
     if (command == "show") return Show_Command(args, out, err);
+    if (command == "read") return Read_Command(args, out, err);
+    if (command == "verify") return Verify_Command(args, out, err);
+    if (command == "write") return Write_Command(args, out, err);
+    if (command == "errors") return Errors_Command(args, out, err);
+    if (command == "clear-errors") return Clear_Errors_Command(args, out, err);
+    if (command == "edit") return Edit_Command(args, out, err);
+    if (command == "log") return Log_Command(args, out, err);
+    if (command == "log-info") return Log_Info_Command(args, out, err);
+    if (command == "log-csv") return Log_Csv_Command(args, out, err);
     std::fprintf(err, "quorlen-cli: unknown command '%s'\n\n%s", command.c_str(), Usage);
     return 2;
 }

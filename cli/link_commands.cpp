@@ -1,5 +1,7 @@
 #include "cli/link_commands.h"
 
+#include "cli/cli_support.h"
+
 #include "core/debug_log.h"
 #include "core/run_error.h"
 #include "core/text.h"
@@ -19,20 +21,6 @@ namespace quorlen::cli {
 
 namespace {
 
-// QSerialPort wants an application object for its notifiers; the tool has none of its own.
-class Core_Application {
-public:
-    Core_Application() {
-        if (QCoreApplication::instance() == nullptr) app_ = std::make_unique<QCoreApplication>(argc_, argv_);
-    }
-
-private:
-    static inline char name_[] = "quorlen-cli";
-    static inline char* argv_[] = {name_, nullptr};
-    static inline int argc_ = 1;
-    std::unique_ptr<QCoreApplication> app_;
-};
-
 std::string Lines_Of(const std::string& text) {
     std::string lines;
     for (const std::string& line : Split_Lines(text))
@@ -44,13 +32,7 @@ std::string Lines_Of(const std::string& text) {
 bool Parse(const std::vector<std::string>& args, std::string& port, std::string& baud, std::FILE* err) {
     for (std::size_t i = 1; i < args.size(); ++i) {
         std::string name = args[i];
-        std::string value;
-        if (auto eq = name.find('='); eq != std::string::npos) {
-            value = name.substr(eq + 1);
-            name.resize(eq);
-        } else if (i + 1 < args.size()) {
-            value = args[++i];
-        }
+        std::string value = Take_Option_Value(args, i, name);
         if (name == "--port" && !value.empty()) {
             port = value;
         } else if (name == "--baud" && !value.empty()) {

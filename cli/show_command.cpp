@@ -1,50 +1,15 @@
 #include "cli/show_command.h"
 
-#include "app/app_context.h"
-#include "core/app_path.h"
-#include "core/text.h"
-#include "files/settings_files.h"
+#include "cli/cli_tables.h"
 
-#include <cstdlib>
-#include <filesystem>
+#include "app/app_context.h"
+#include "core/text.h"
+
 #include <optional>
-#include <unistd.h>
 
 namespace quorlen::cli {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-// The message boxes of a load become lines on stderr.
-class Stderr_Dialogs final : public User_Dialogs {
-public:
-    explicit Stderr_Dialogs(std::FILE* err) : err_(err) {}
-    void Inform(const std::string& text) override { std::fprintf(err_, "%s\n", text.c_str()); }
-    Answer Ask_Ok_Cancel(const std::string&) override { return Answer::Ok; }
-    Answer Ask_Yes_No(const std::string&) override { return Answer::Yes; }
-    std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup&) override { return std::nullopt; }
-    std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
-
-private:
-    std::FILE* err_;
-};
-
-// The program's data folder, found as the GUI finds it.
-std::string Cli_App_Path() {
-    std::error_code ec;
-    fs::path exe = fs::read_symlink("/proc/self/exe", ec);
-    App_Path_Inputs in;
-    in.executable_dir = ec ? "." : exe.parent_path().string();
-    in.installed_data = (fs::path(in.executable_dir) / "../share/quorlen").lexically_normal().string();
-    const char* xdg = std::getenv("XDG_DATA_HOME");
-    const char* home = std::getenv("HOME");
-    if (xdg != nullptr && *xdg != 0)
-        in.user_data = std::string(xdg) + "/quorlen";
-    else if (home != nullptr)
-        in.user_data = std::string(home) + "/.local/share/quorlen";
-    return Resolve_App_Path(in);
-}
 
 struct Show_Args {
     std::string file;
@@ -76,15 +41,6 @@ std::optional<Show_Args> Parse(const std::vector<std::string>& args) {
     return a;
 }
 
-void Copy_Log_Lines(const std::string& path, std::FILE* err) {
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) return;
-    int c;
-    while ((c = std::fgetc(f)) != EOF)
-        if (c != '\r') std::fputc(c, err);
-    std::fclose(f);
-}
-
 } // namespace
 
 int Show_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -97,42 +53,11 @@ int Show_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
         return 2;
     }
 
-    App_Context app;
-    app.program.App_Path = a->ini.empty() ? Cli_App_Path() : std::string();
-    app.ini = a->ini.empty() ? Ini_File(app.program.App_Path + "RZ400_800M3.ini", "") : Ini_File(a->ini, "");
-
-    // The diagnostics of the load (the selection checks) go to a scratch file and then to
-    // stderr, so the tuner sees what the program would have logged.
-    std::string log_path =
-        (fs::temp_directory_path() / ("quorlen-cli-" + std::to_string(::getpid()) + ".log")).string();
-    app.log.Open(log_path);
-    Stderr_Dialogs dialogs(err);
-    {
-        Proc_Guard guard(app.log, "Init ini file");
-        guard.Step([&] { Load_Sensor_Definitions(app.sensors, app.ini, guard); });
-    }
-    Init_Cardbyte(app.image, app.log);
-
-    auto content = Load_Qxs_File(a->file);
-    if (!content) {
-        app.log.Close();
-        std::remove(log_path.c_str());
-        std::fprintf(err, "%s: %s\n", a->file.c_str(), Not_Valid_Qxs_Text);
-        return 1;
-    }
-    std::copy(content->bytes.begin(), content->bytes.end(), app.image.CardByte.begin());
-
-    Analog_Context analog = app.Analog();
-    Init_Analog_from_CardByte(analog);
-    Tables_Context ctx = app.Tables(dialogs);
-    Update_Tabs(ctx);
-    Show_Right_Tabs(ctx);
-    Update_All(ctx);
-    app.log.Close();
-    Copy_Log_Lines(log_path, err);
-    std::remove(log_path.c_str());
-    for (char c : app.texts.Debug_txt)
-        if (c != '\r') std::fputc(c, err);
+    Cli_Tables loaded(err, a->ini);
+    if (!loaded.Load(a->file)) return 1;
+    loaded.Flush_Diagnostics();
+    App_Context& app = loaded.app;
+    Tables_Context ctx = loaded.Context();
 
     if (table) {
         Grid_Shape shape = Grid_Size(ctx, *table);

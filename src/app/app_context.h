@@ -7,8 +7,9 @@
 #include "core/program_state.h"
 #include "files/presets.h"
 #include "image/scaling.h"
-#include "link/link_state.h"
 #include "image/settings_image.h"
+#include "link/link_state.h"
+#include "link/rw_state.h"
 #include "sensors/sensor_defs.h"
 #include "tables/map_tables.h"
 #include "tables/undo_list.h"
@@ -32,6 +33,7 @@ struct App_Context {
     File_State files;
     Link_Flags link;
     Link_State link_state;
+    Rw_State rw;
     Settings_Image image;
     Undo_List undo;
     Sensor_State sensors;

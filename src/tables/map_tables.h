@@ -8,6 +8,7 @@
 #include "core/user_dialogs.h"
 #include "image/settings_image.h"
 #include "sensors/sensor_defs.h"
+#include "tables/edit_state.h"
 #include "tables/table_catalogue.h"
 
 #include <functional>
@@ -68,6 +69,10 @@ struct Tables_State {
     int SSTab_Fuel = 0;
     int SSTab_PWM = 0;
     Tab_Captions captions;
+
+    // Typing, limits and the buttons' text boxes; the colouring of the main maps.
+    Edit_State edit;
+    Colour_State colours;
 };
 
 struct Tables_Context {

@@ -8,10 +8,13 @@
 #include "tables/undo_list.h"
 #include "ui/autoguide_dialog.h"
 #include "ui/frm_splash.h"
-#include "ui/map_tabs.h"
 #include "ui/link_panel.h"
+#include "ui/map_tabs.h"
+#include "ui/qx_3dmap.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
+#include "ui/qx_verify_frm.h"
+#include "ui/rw_panel.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -272,6 +275,7 @@ void BoostProgMain::Build_Window() {
     Check_connection_timer_->setObjectName("Check_connection_timer");
     Check_connection_timer_->setInterval(1500);
     Build_Link_Panel();
+    Build_Rw_Panel();
 
     connect(sstab_Main_, &QTabWidget::currentChanged, this, &BoostProgMain::Show_Right_Tabs);
     resize(1100, 760);
@@ -360,7 +364,7 @@ void BoostProgMain::Form_Load() {
         Show_Texts();
         Update_All();
     });
-    // The log window is made (shown and hidden once) here when it lands.
+    guard.Step([&] { Build_Log_Window(); });
     guard.Step([&] { static_cast<QX_prefs*>(Form("QX_prefs"))->Init_From_State(); });
     guard.Step([&] { Read_Link_And_Autostart(app); });
     guard.Step([&] { Get_Default_Window_Size(); });
@@ -410,6 +414,14 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             app_, this, [this] { Update_All(); }, [this](bool found) { Prefs_Port_Chosen(found); });
     } else if (name == "QX_Debug") {
         form = new QX_Debug(app_, this);
+    } else if (name == "QX_3Dmap" || name == "QX_Verify_frm") {
+        auto dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+        if (name == "QX_3Dmap")
+            form = new QX_3Dmap(app_, dialogs, this);
+        else
+            form = new QX_Verify_frm(app_, dialogs, this);
+    } else if (name == "QX_Log") {
+        form = Make_Log_Window();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
             app_, this, [] {},
@@ -515,9 +527,7 @@ Settings_File_Context BoostProgMain::File_Context() {
     hooks.Update_Tabs = [this] { Update_Tabs(); };
     hooks.AN_Combo_Click = [this] { Analog_Follows_Image(); };
     hooks.edit_undo_Click = [this] { edit_undo_Click(); };
-    hooks.Open_Log_File = [this](const std::string&) {
-        app_.texts.rs232_text = "< Log files are opened in the log window >";
-    };
+    hooks.Open_Log_File = [this](const std::string& name) { Open_Log_File(name); };
     return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,
                                  app_.ini,     app_.log,   *active_dialogs_, std::move(hooks)};
 }

@@ -5,6 +5,7 @@
 #include "app/app_context.h"
 #include "files/settings_files.h"
 #include "link/command_link.h"
+#include "link/settings_context.h"
 #include "ui/qt_dialogs.h"
 
 #include <QMainWindow>
@@ -27,6 +28,7 @@ namespace quorlen::ui {
 class frmSplash;
 class Map_Tabs;
 struct Link_Panel;
+struct Rw_Panel;
 
 struct Start_Options {
     std::string app_path;    // resolved before the window is built
@@ -90,6 +92,21 @@ public:
     void EnumerateList();
     Link_Context Link();
 
+    // Reading, verifying and writing settings, and the box's error codes (boost_prog_main_rw.cpp).
+    void Read_Settings_Click();
+    void Verify_Settings_Click();
+    void Write_Settings_Click();
+    void Read_bin_command_cmd_Click();
+    void Verify_bR_Settings_Click();
+    void Write_bin_command_cmd_Click();
+    void Clear_Err_Counters_cmd_Click();
+
+    // The log window (boost_prog_main_log.cpp).
+    void Open_Log_File(const std::string& path);
+    void Stop_Logging_cmd_Click();
+    void Log_Autostart(int index);
+    double Logged_RPM();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -112,6 +129,11 @@ private:
     void Show_Link_State();
     void Prefs_Port_Chosen(bool selected);
     void Start_Logg_cmd_Click(int index);
+    void Build_Rw_Panel();
+    void Run_Settings(void (*procedure)(Settings_Context&));
+    void Show_Rw_State();
+    QWidget* Make_Log_Window();
+    void Build_Log_Window();
 
     App_Context app_;
     Start_Options options_;
@@ -150,6 +172,7 @@ private:
     QAction* Engine_OnOff_mnu_ = nullptr;
     QTimer* Check_connection_timer_ = nullptr;
     std::unique_ptr<Link_Panel> link_;
+    std::unique_ptr<Rw_Panel> rw_;
 };
 
 } // namespace quorlen::ui

@@ -65,6 +65,7 @@ Link_Context BoostProgMain::Link() {
         active_dialogs_->Inform_Titled(title, text);
     };
     hooks.Start_Logg_cmd_Click = [this](int index) { Start_Logg_cmd_Click(index); };
+    hooks.Logged_RPM = [this] { return Logged_RPM(); };
     return Link_Context{app_.program,
                         app_.texts,
                         app_.link,
@@ -159,8 +160,7 @@ void BoostProgMain::Prefs_Port_Chosen(bool selected) {
 }
 
 void BoostProgMain::Start_Logg_cmd_Click(int index) {
-    // The log window answers this when it lands; until then auto start has nothing to start.
-    (void)index;
+    Log_Autostart(index);
 }
 
 } // namespace quorlen::ui

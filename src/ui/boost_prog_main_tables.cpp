@@ -15,6 +15,8 @@ void BoostProgMain::Build_Map_Tabs() {
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
     hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
+    hooks.Form = [this](const std::string& name) { return Form(name); };
+    hooks.Form_Exists = [this](const std::string& name) { return Form_Exists(name); };
     map_tabs_ = new Map_Tabs(app_, std::move(hooks), SSTab_Ignition_, SSTab_Fuel_, SSTab_PWM_, this);
 }
 

@@ -1,6 +1,7 @@
 #include "ui/map_tabs.h"
 
 #include "image/scaling.h"
+#include "tables/cell_entry.h"
 
 #include <QChart>
 #include <QChartView>
@@ -98,11 +99,15 @@ Map_Tabs::Map_Tabs(App_Context& app, Map_Tabs_Hooks hooks, QTabWidget* ignition,
     }
     Build_Comp_Page(pwm_->widget(1), 92, "PwmMapChart(0)");
 
+    Build_Edit_Panels();
+
     for (QTabWidget* tabs : {ignition_, fuel_, pwm_})
         connect(tabs, &QTabWidget::currentChanged, this, [this] {
             if (hooks_.Show_Right_Tabs) hooks_.Show_Right_Tabs();
         });
 }
+
+Map_Tabs::~Map_Tabs() = default;
 
 Tables_Context Map_Tabs::Context() const {
     return app_.Tables(hooks_.Dialogs());
@@ -137,6 +142,16 @@ QTableView* Map_Tabs::Add_Grid(QWidget* parent, const char* name, Table_Id id) {
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setWordWrap(false);
     view->setCornerButtonEnabled(false);
+    view->setSelectionMode(QAbstractItemView::ContiguousSelection);
+    view->setItemDelegate(new Grid_Cell_Delegate(view));
+    view->installEventFilter(this);
+    // Any move of the selection starts a new number and ends the typed text on show.
+    auto moved = [this, model] {
+        model->Drop_Key_Text();
+        Grid_RowColChange(app_.tables);
+    };
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this, moved);
+    connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this, moved);
     QFontMetrics fm(view->font());
     view->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     view->verticalHeader()->setDefaultSectionSize(fm.height() + 6);
@@ -193,6 +208,10 @@ QWidget* Map_Tabs::Build_Main_Map(QWidget* page, Table_Id id) {
     models_[id]->Set_Font(font);
     grid->verticalHeader()->setDefaultSectionSize(QFontMetrics(font).height() + 6);
     layout->addWidget(grid, 1);
+    // The buttons of the main maps come here when this map is on show.
+    auto* slot = new QVBoxLayout;
+    layout->addLayout(slot);
+    panel_slots_[id] = slot;
     (fuel ? FUEL_3D_MAP_Size_Combo_ : Ign_3D_MAP_Size_Combo_) = combo;
     connect(combo, &QComboBox::activated, this, [this, fuel](int index) {
         Tables_Context ctx = Context();
@@ -240,6 +259,9 @@ QWidget* Map_Tabs::Build_One_D(QWidget* page, Table_Id id, const char* grid_name
     Chart* chart = Add_Chart(page, chart_name);
     charts_[id] = chart;
     body->addWidget(chart->view, 1);
+    auto* slot = new QVBoxLayout;
+    body->addLayout(slot);
+    panel_slots_[id] = slot;
     layout->addLayout(body, 1);
     return page;
 }
@@ -367,6 +389,7 @@ void Map_Tabs::Show_Right_Tabs() {
     pwm_->setTabText(0, QString::fromStdString(c.Pwm1_Tab));
     for (auto& chart : chart_store_)
         if (chart->view->isVisible()) Show_Pending(*chart);
+    Place_Panels();
     // Units and sensor columns may have changed width; over engine speed the sensor column
     // has nothing to say.
     for (auto& [id, view] : grids_) {
@@ -443,7 +466,10 @@ void Map_Tabs::Show_Sliders() {
 }
 
 void Map_Tabs::Update_All() {
+    Colours_Follow_Image();
     for (auto& [id, model] : models_) {
+        // A redraw shows the image; typing puts its text back on the cells afterwards.
+        model->Drop_Key_Text();
         bool reshaped = model->Refresh();
         if (id == Table_Id::Fuel_3D || id == Table_Id::Ignition_3D)
             Fit_Main_Map(id);
@@ -456,6 +482,9 @@ void Map_Tabs::Update_All() {
     Offer_Chart(*pwm_comp_chart_, Comp_Curve_Chart(ctx, 92));
     Offer_Chart(*ign_comp_chart_, Comp_Curve_Chart(ctx, 96));
     Show_Sliders();
+    Show_Edit_Texts();
+    if (hooks_.Form_Exists && hooks_.Form_Exists("QX_3Dmap")) Refresh_3D_View();
+    if (app_.tables.colours.Verify_Check) Verify_View();
 }
 
 void Map_Tabs::scroll_Change(int index, int value) {

@@ -1,8 +1,10 @@
 #pragma once
 // The Ignition, Fuel and PWM tabs of the main window: the map grids, the charts of the
 // one-dimensional tables, the size and function combos, the compensation sliders and the
-// labels that name the load sensors. They show what the table logic reads from the image and
-// forward the user's choices to it; the main window decides when they refresh.
+// labels that name the load sensors; and the editing of the grids: keys, clipboard, the
+// buttons and text boxes beside them, the colouring of the main maps, the surface view and
+// the verify view. They show what the table logic reads from the image and forward the
+// user's choices to it; the main window decides when they refresh.
 
 #include "app/app_context.h"
 #include "ui/table_models.h"
@@ -13,10 +15,16 @@
 #include <map>
 #include <vector>
 
+class QButtonGroup;
 class QChartView;
+class QCheckBox;
 class QComboBox;
+class QFrame;
+class QKeyEvent;
+class QLineEdit;
 class QLabel;
 class QScrollBar;
+class QBoxLayout;
 class QTabWidget;
 class QTableView;
 class QWidget;
@@ -28,12 +36,18 @@ struct Map_Tabs_Hooks {
     std::function<void()> Update_All;
     std::function<void()> Update_Tabs;
     std::function<void()> Show_Right_Tabs;
+    // A child form by name, made on first use, and whether it has been made.
+    std::function<QWidget*(const std::string&)> Form;
+    std::function<bool(const std::string&)> Form_Exists;
+    // Enter on a main map while a log stream holds the port.
+    std::function<void()> Write_while_logging;
 };
 
 class Map_Tabs final : public QObject {
 public:
     Map_Tabs(App_Context& app, Map_Tabs_Hooks hooks, QTabWidget* ignition, QTabWidget* fuel, QTabWidget* pwm,
              QObject* parent);
+    ~Map_Tabs() override;
 
     // Fills the combos once.
     void Init_Tabs();
@@ -49,6 +63,19 @@ public:
 
     // The main form's slider at `index` moved to `value`.
     void scroll_Change(int index, int value);
+
+    // --- editing (map_tabs_edit.cpp) ---
+
+    // The selection of a grid as the grid keeps it (anchor and far corner), and setting it.
+    Grid_Selection Selection_Of(Table_Id id) const;
+    void Set_Selection(Table_Id id, const Grid_Selection& sel);
+    // Enables the buttons that serve the table on show; a one-dimensional table shows its
+    // limits.
+    void Handle_button_enable();
+    // The verify view follows Verify_Check: shown and filled when ticked, hidden otherwise.
+    void Verify_View();
+    // The surface view, made on first use.
+    void Show_3D_View();
 
 private:
     struct Chart;
@@ -72,6 +99,18 @@ private:
     void Show_Chart(Chart& chart, const Chart_Data& data);
     void Show_Sliders();
 
+    void Build_Edit_Panels();
+    QWidget* Build_One_D_Panel();
+    QWidget* Build_Main_Map_Panel();
+    void Place_Panels();
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    bool Grid_Key(Table_Id id, QKeyEvent* event);
+    Edit_Hooks Edit();
+    void Colours_Follow_Image();
+    void Recolour();
+    void Show_Edit_Texts();
+    void Refresh_3D_View();
+
     App_Context& app_;
     Map_Tabs_Hooks hooks_;
     QTabWidget* ignition_;
@@ -90,6 +129,21 @@ private:
     QComboBox* Ign_3D_MAP_Size_Combo_ = nullptr;
     QComboBox* FUEL_2nd_MAP_Function_Combo_ = nullptr;
     std::map<std::string, QLabel*> labels_;
+
+    // Editing.
+    std::map<Table_Id, QBoxLayout*> panel_slots_;
+    QWidget* one_d_panel_ = nullptr;
+    QWidget* main_map_panel_ = nullptr;
+    std::map<std::string, QWidget*> edit_controls_;
+    std::map<std::string, QLineEdit*> edit_texts_;
+    QLabel* maxText_ = nullptr;
+    QLabel* minText_ = nullptr;
+    QButtonGroup* Color_3D_Check_ = nullptr;
+    QLineEdit* Mid_3D_limit_txt_ = nullptr;
+    QFrame* Color_Low_frame_ = nullptr;
+    QFrame* Color_High_frame_ = nullptr;
+    QCheckBox* Verify_Check_ = nullptr;
+    QScrollBar* Verify_limit_scroll_ = nullptr;
 };
 
 } // namespace quorlen::ui

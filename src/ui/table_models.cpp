@@ -3,6 +3,7 @@
 #include <QBrush>
 #include <QColor>
 #include <QFont>
+#include <QPainter>
 
 namespace quorlen::ui {
 
@@ -28,12 +29,24 @@ QVariant Image_Table_Model::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     bool header = index.row() == 0 || index.column() == 0;
     switch (role) {
-    case Qt::DisplayRole:
-        return QString::fromStdString(Grid_Text(source_(), id_, index.row(), index.column()));
+    case Qt::DisplayRole: {
+        int r = index.row(), c = index.column();
+        if (!key_text_.isNull() && r >= key_r1_ && r <= key_r2_ && c >= key_c1_ && c <= key_c2_)
+            return key_text_;
+        return QString::fromStdString(Grid_Text(source_(), id_, r, c));
+    }
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(Qt::AlignCenter);
     case Qt::BackgroundRole:
-        return header ? QBrush(QColor(0xd8, 0xdc, 0xe4)) : QVariant();
+        if (header) return QBrush(QColor(0xd8, 0xdc, 0xe4));
+        if (colours_.cells.empty()) return {};
+        return QBrush(Cell_Colour(index.row(), index.column()));
+    case Qt::ForegroundRole: {
+        // Text stays readable on the dark end of the grey scale.
+        if (header || colours_.cells.empty()) return {};
+        QColor back = Cell_Colour(index.row(), index.column());
+        return back.lightness() < 110 ? QBrush(Qt::white) : QVariant();
+    }
     case Qt::FontRole:
         return header ? QVariant(bold_) : QVariant();
     default:
@@ -41,17 +54,91 @@ QVariant Image_Table_Model::data(const QModelIndex& index, int role) const {
     }
 }
 
+Qt::ItemFlags Image_Table_Model::flags(const QModelIndex& index) const {
+    if (!index.isValid()) return Qt::NoItemFlags;
+    // Only cells that hold a byte can be selected: a selection never takes in a header or
+    // the sensor column of a one-dimensional table.
+    if (Grid_Address(source_(), id_, index.row(), index.column()) < 0) return Qt::ItemIsEnabled;
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+}
+
+void Image_Table_Model::Set_Colours(const Map_Colours& colours) {
+    colours_ = colours;
+}
+
+QColor Image_Table_Model::Cell_Colour(int row, int col) const {
+    if (row < 1 || col < 1 || row > colours_.rows || col > colours_.cols) return Qt::white;
+    const Rgb& c = colours_.At(row, col);
+    return QColor(c.r, c.g, c.b);
+}
+
+void Image_Table_Model::Show_Key_Text(int r1, int c1, int r2, int c2, const QString& text) {
+    key_r1_ = r1, key_c1_ = c1, key_r2_ = r2, key_c2_ = c2;
+    key_text_ = text.isNull() ? QString("") : text;
+    emit dataChanged(index(r1, c1), index(r2, c2), {Qt::DisplayRole});
+}
+
+void Image_Table_Model::Drop_Key_Text() {
+    if (key_text_.isNull()) return;
+    key_text_ = QString();
+    if (key_r2_ >= key_r1_ && key_c2_ >= key_c1_)
+        emit dataChanged(index(key_r1_, key_c1_), index(key_r2_, key_c2_), {Qt::DisplayRole});
+}
+
 bool Image_Table_Model::Refresh() {
     Grid_Shape shape = Grid_Size(source_(), id_);
     if (shape.rows != shape_.rows || shape.cols != shape_.cols) {
         beginResetModel();
         shape_ = shape;
+        key_text_ = QString();
         endResetModel();
         return true;
     }
     if (shape_.rows > 0 && shape_.cols > 0)
-        emit dataChanged(index(0, 0), index(shape_.rows - 1, shape_.cols - 1), {Qt::DisplayRole});
+        emit dataChanged(index(0, 0), index(shape_.rows - 1, shape_.cols - 1),
+                         {Qt::DisplayRole, Qt::BackgroundRole});
     return false;
+}
+
+const QStaticText& Grid_Cell_Delegate::Laid_Out(const QString& text, const QFont& font) const {
+    auto& cache = texts_[font.bold() ? 1 : 0];
+    auto it = cache.find(text);
+    if (it != cache.end()) return *it;
+    // Typed texts come and go; the cache is cleared rather than allowed to grow.
+    if (cache.size() > 4096) cache.clear();
+    QStaticText laid(text);
+    laid.setTextFormat(Qt::PlainText);
+    laid.setPerformanceHint(QStaticText::AggressiveCaching);
+    laid.prepare(QTransform(), font);
+    return *cache.insert(text, laid);
+}
+
+void Grid_Cell_Delegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                               const QModelIndex& index) const {
+    const bool selected = option.state & QStyle::State_Selected;
+    QVariant back = index.data(Qt::BackgroundRole);
+    if (selected)
+        painter->fillRect(option.rect, option.palette.brush(QPalette::Highlight));
+    else if (back.canConvert<QBrush>())
+        painter->fillRect(option.rect, back.value<QBrush>());
+    QString text = index.data(Qt::DisplayRole).toString();
+    if (text.isEmpty()) return;
+    QVariant font_role = index.data(Qt::FontRole);
+    QFont font = font_role.isValid() ? font_role.value<QFont>() : option.font;
+    QVariant fore = index.data(Qt::ForegroundRole);
+    QColor pen = selected                    ? option.palette.color(QPalette::HighlightedText)
+                 : fore.canConvert<QBrush>() ? fore.value<QBrush>().color()
+                                             : option.palette.color(QPalette::Text);
+    const QStaticText& laid = Laid_Out(text, font);
+    QSizeF size = laid.size();
+    QPointF at(option.rect.x() + (option.rect.width() - size.width()) / 2,
+               option.rect.y() + (option.rect.height() - size.height()) / 2);
+    painter->save();
+    painter->setFont(font);
+    painter->setPen(pen);
+    painter->setClipRect(option.rect);
+    painter->drawStaticText(at, laid);
+    painter->restore();
 }
 
 } // namespace quorlen::ui

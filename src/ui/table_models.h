@@ -3,12 +3,18 @@
 // cells it paints, so a table update is a data-changed signal, not a rebuild. Row 0 and
 // column 0 are the axis headers, as in the program's grids.
 
+#include "tables/map_colours.h"
 #include "tables/map_tables.h"
 
 #include <QAbstractTableModel>
+#include <QColor>
 #include <QFont>
+#include <QHash>
+#include <QStaticText>
+#include <QStyledItemDelegate>
 
 #include <functional>
+#include <vector>
 
 namespace quorlen::ui {
 
@@ -29,11 +35,38 @@ public:
     // changed. Returns true when the shape changed.
     bool Refresh();
 
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+    // The back colours of the value cells (a main map's colouring); empty for plain white.
+    void Set_Colours(const Map_Colours& colours);
+    QColor Cell_Colour(int row, int col) const;
+    // The selected cells show the number being typed until the selection moves on.
+    void Show_Key_Text(int r1, int c1, int r2, int c2, const QString& text);
+    void Drop_Key_Text();
+    bool Shows_Key_Text() const { return !key_text_.isNull(); }
+
 private:
     Context_Source source_;
     Table_Id id_;
     Grid_Shape shape_;
     QFont bold_;
+    Map_Colours colours_;
+    QString key_text_;
+    int key_r1_ = 0, key_c1_ = 0, key_r2_ = -1, key_c2_ = -1;
+};
+
+// Paints a cell of the grids: its back colour (or the selection's), and its text centred,
+// laid out once per distinct text and font. A keypress repaints every cell of a map, and
+// the general delegate lays every text out anew each time.
+class Grid_Cell_Delegate final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+
+private:
+    const QStaticText& Laid_Out(const QString& text, const QFont& font) const;
+    mutable QHash<QString, QStaticText> texts_[2]; // plain, bold
 };
 
 } // namespace quorlen::ui

@@ -47,8 +47,8 @@ TEST(FaultSpecs, KindsAndCounts) {
     Box_Faults box;
     Line_Fault_Plan line;
     std::string error;
-    for (const char* fault_text : {"silence@4", "drop@7", "drop@9", "corrupt@2", "slow@30", "hangup@100", "i2c",
-                             "bootloader@12", "reject@1", "uefail"})
+    for (const char* fault_text : {"silence@4", "drop@7", "drop@9", "corrupt@2", "slow@30", "hangup@100",
+                                   "i2c", "bootloader@12", "reject@1", "uefail"})
         EXPECT_TRUE(Add_Fault(fault_text, box, line, error)) << fault_text << ": " << error;
     EXPECT_EQ(box.silence_after, 4);
     EXPECT_EQ(line.dropped, (std::vector<long>{7, 9}));

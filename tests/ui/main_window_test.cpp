@@ -135,7 +135,8 @@ TEST_F(MainWindow, StartsWithoutADiagnosticsLogWhenItCannotBeOpened) {
 } // namespace quorlen
 
 int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Offscreen unless the caller names a platform (xcb under xvfb-run draws OpenGL views).
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

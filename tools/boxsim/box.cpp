@@ -1,6 +1,8 @@
 #include "box.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string>
 #include <utility>
 
 namespace boxsim {
@@ -64,7 +66,9 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
     return text;
 }
 
-Box::Box(Box_Config config, Box_Faults faults) : config_(std::move(config)), faults_(faults) {
+Box::Box(Box_Config config, Box_Faults faults)
+    : config_(std::move(config)), faults_(faults),
+      stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200}) {
     memory_ = config_.image;
     committed_ = config_.image;
     slave_ = config_.slave_image;
@@ -88,12 +92,14 @@ std::string Box::Tick(Time now) {
         state_ = State::Idle;
         Emit(out, "E");
     }
+    Emit(out, stream_.Tick(now));
     return out;
 }
 
 Time Box::Next_Deadline() const {
-    if (state_ == State::Frame_Header || state_ == State::Frame_Data) return last_frame_byte_ + Frame_Gap;
-    return Time::max();
+    if (state_ == State::Frame_Header || state_ == State::Frame_Data)
+        return std::min(last_frame_byte_ + Frame_Gap, stream_.Next_Deadline());
+    return stream_.Next_Deadline();
 }
 
 bool Box::Continues(char c) const {
@@ -106,7 +112,11 @@ bool Box::Continues(char c) const {
     case State::After_u:
         return c == 'e';
     case State::After_b:
-        return c == 'R' || c == 'W';
+        return c == 'R' || c == 'W' || c == 'L';
+    case State::After_L:
+        return c == 'a';
+    case State::After_bL:
+        return Hex_Value(c) >= 0;
     default:
         return false;
     }
@@ -136,7 +146,38 @@ void Box::Take(char c, Time now, std::string& out) {
         return;
     }
 
+    // While the log streams the box listens only for its end (a blank) and for a new start.
+    if (stream_.Active() != Log_Stream::Mode::Off && state_ == State::Idle) {
+        if (c == ' ') {
+            stream_.Stop();
+            return;
+        }
+        if (c != 'L' && c != 'b') return;
+    }
+
     switch (state_) {
+    case State::After_L:
+        state_ = State::Idle;
+        if (c == 'a') {
+            Emit(out, "a\r\n" + stream_.Start_Text(now));
+            return;
+        }
+        break;
+
+    case State::After_bL:
+        if (Hex_Value(c) >= 0) {
+            stream_length_ += c;
+            Emit(out, std::string(1, c));
+            if (stream_length_.size() == 4) {
+                // "00" and the length in two hex digits; a frame holds at most 255 data bytes.
+                state_ = State::Idle;
+                stream_.Start_Binary(std::min(std::stoi(stream_length_, nullptr, 16), 255), now);
+            }
+            return;
+        }
+        state_ = State::Idle;
+        break;
+
     case State::Frame_Header:
     case State::Frame_Data:
         frame_ += c;
@@ -193,6 +234,12 @@ void Box::Take(char c, Time now, std::string& out) {
             last_frame_byte_ = now;
             state_ = State::Frame_Header;
             Emit(out, "W\r\nbw>");
+            return;
+        }
+        if (c == 'L') {
+            stream_length_.clear();
+            state_ = State::After_bL;
+            Emit(out, "L");
             return;
         }
         if (c == 'w') {
@@ -266,6 +313,9 @@ void Box::Take_Idle(char c, std::string& out) {
         break;
     case 'b':
         state_ = State::After_b;
+        break;
+    case 'L':
+        state_ = State::After_L;
         break;
     default:
         break;

@@ -9,6 +9,8 @@
 // after it. A slave box beside the master gets each byte the master takes, when the master
 // commits it, with its own slave mark forced on.
 
+#include "log_stream.h"
+
 #include <array>
 #include <bitset>
 #include <chrono>
@@ -49,6 +51,8 @@ struct Box_Faults {
     long bootloader_after = -1; // after this many commands the box resets into its boot loader (-1: never)
     long rejected_frames = 0;   // this many good "bW" frames are refused with "E" (-1: all)
     long failed_commits = 0;    // this many "ue" are refused (-1: all)
+    long pause_at_row = -1;     // the log stream goes quiet for 2 s at this row (-1: never)
+    long bad_sum_row = -1;      // the binary log frame of this row carries a wrong sum (-1: none)
 };
 
 // The box's own checksum: 16-bit sum minus one, wrapping, where a sum of 0 gives 65535.
@@ -75,6 +79,7 @@ public:
     bool Slave_Present() const { return config_.slave_present; }
     const Image& Slave_Memory() const { return slave_; }
     bool In_Bootloader() const { return bootloader_; }
+    Log_Stream::Mode Streaming() const { return stream_.Active(); }
     bool Silent() const { return silent_; }
     // Commands taken so far: each exchange of the dialogue ("v", "rd", "b", "w", one digit,
     // "$", "ue", a whole "bW" with its frame) counts one.
@@ -86,7 +91,18 @@ public:
     static constexpr Time Frame_Gap = std::chrono::milliseconds(400);
 
 private:
-    enum class State { Idle, After_b, After_r, After_u, Address, Value, Frame_Header, Frame_Data };
+    enum class State {
+        Idle,
+        After_b,
+        After_r,
+        After_u,
+        Address,
+        Value,
+        Frame_Header,
+        Frame_Data,
+        After_L,
+        After_bL
+    };
 
     bool Continues(char c) const;
     void Take(char c, Time now, std::string& out);
@@ -119,6 +135,9 @@ private:
 
     std::string frame_;
     std::size_t frame_count_ = 0;
+
+    Log_Stream stream_;
+    std::string stream_length_; // the hex digits after "bL"
     Time last_frame_byte_{};
 };
 

@@ -21,7 +21,10 @@ const char* const Fault_Help =
     "  bootloader[@N]  after N commands the box resets into its boot loader, losing what was\n"
     "                  not committed with \"ue\"; without N it starts there (as --bootloader)\n"
     "  reject[@N]      the first N \"bW\" frames (without N: all) are refused with \"E\"\n"
-    "  uefail[@N]      the first N \"ue\" (without N: all) answer \"ueE\" and commit nothing\n";
+    "  uefail[@N]      the first N \"ue\" (without N: all) answer \"ueE\" and commit nothing\n"
+    "  pause@N         the log stream goes quiet for 2 s at its row N (counting from 0); the\n"
+    "                  engine runs on, so those rows are missing when it comes back\n"
+    "  badsum@N        the binary log frame of row N carries a wrong sum\n";
 
 namespace {
 
@@ -72,6 +75,12 @@ bool Add_Fault(std::string_view fault_text, Box_Faults& box, Line_Fault_Plan& li
         box.rejected_frames = has_n ? n : -1;
     } else if (kind == "uefail") {
         box.failed_commits = has_n ? n : -1;
+    } else if (kind == "pause") {
+        if (!need_n()) return false;
+        box.pause_at_row = n;
+    } else if (kind == "badsum") {
+        if (!need_n()) return false;
+        box.bad_sum_row = n;
     } else {
         error = "unknown fault kind '";
         error.append(kind).append("'");

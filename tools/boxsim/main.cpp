@@ -29,6 +29,7 @@ namespace {
 
 constexpr const char* Default_Settings_Name = "RZ400_800M3_Default_Settings.qxs";
 constexpr int Default_Dataset = 201;
+constexpr Time Spin_Below = std::chrono::microseconds(500);
 
 volatile std::sig_atomic_t stop_signal = 0;
 void On_Signal(int signal) {
@@ -181,6 +182,9 @@ public:
             const Time next = Next_Wake(blocked);
             timespec timeout{};
             if (next != Time::max()) timeout = To_Timespec(next - Now());
+            // The wire is paced to the bit: short waits are spun, because a timed sleep
+            // overshoots by tens of microseconds, which the pacing would charge to the program.
+            if (next != Time::max() && next - Now() < Spin_Below) timeout = timespec{};
             pollfd pfd{pty_.master, static_cast<short>(POLLIN | (blocked ? POLLOUT : 0)), 0};
             const int r = ppoll(&pfd, 1, next == Time::max() ? nullptr : &timeout, &wait_mask);
             if (r < 0) {

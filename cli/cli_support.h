@@ -1,0 +1,37 @@
+#pragma once
+// Small pieces every command of quorlen-cli that talks to a box needs.
+
+#include <QCoreApplication>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorlen::cli {
+
+// QSerialPort wants an application object for its notifiers; the tool has none of its own.
+class Core_Application {
+public:
+    Core_Application() {
+        if (QCoreApplication::instance() == nullptr) app_ = std::make_unique<QCoreApplication>(argc_, argv_);
+    }
+
+private:
+    static inline char name_[] = "quorlen-cli";
+    static inline char* argv_[] = {name_, nullptr};
+    static inline int argc_ = 1;
+    std::unique_ptr<QCoreApplication> app_;
+};
+
+// The value of the option args[i]: "--name=VALUE" (then `name` loses "=VALUE") or
+// "--name VALUE" (then `i` moves on to the value). Empty when none is given.
+inline std::string Take_Option_Value(const std::vector<std::string>& args, std::size_t& i, std::string& name) {
+    if (auto eq = name.find('='); eq != std::string::npos) {
+        std::string value = name.substr(eq + 1);
+        name.resize(eq);
+        return value;
+    }
+    return i + 1 < args.size() ? args[++i] : std::string();
+}
+
+} // namespace quorlen::cli

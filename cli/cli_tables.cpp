@@ -1,0 +1,83 @@
+#include "cli/cli_tables.h"
+
+#include "core/app_path.h"
+#include "files/settings_files.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <unistd.h>
+
+namespace quorlen::cli {
+
+namespace fs = std::filesystem;
+
+std::string Cli_App_Path() {
+    std::error_code ec;
+    fs::path exe = fs::read_symlink("/proc/self/exe", ec);
+    App_Path_Inputs in;
+    in.executable_dir = ec ? "." : exe.parent_path().string();
+    in.installed_data = (fs::path(in.executable_dir) / "../share/quorlen").lexically_normal().string();
+    const char* xdg = std::getenv("XDG_DATA_HOME");
+    const char* home = std::getenv("HOME");
+    if (xdg != nullptr && *xdg != 0)
+        in.user_data = std::string(xdg) + "/quorlen";
+    else if (home != nullptr)
+        in.user_data = std::string(home) + "/.local/share/quorlen";
+    return Resolve_App_Path(in);
+}
+
+Cli_Tables::Cli_Tables(std::FILE* err, const std::string& ini) : dialogs(err), err_(err) {
+    app.program.App_Path = ini.empty() ? Cli_App_Path() : std::string();
+    app.ini = ini.empty() ? Ini_File(app.program.App_Path + "RZ400_800M3.ini", "") : Ini_File(ini, "");
+    // The diagnostics (the selection checks of the load, the failures of an edit) go to a
+    // scratch file and then to stderr, so the tuner sees what the program would have logged.
+    log_path_ = (fs::temp_directory_path() / ("quorlen-cli-" + std::to_string(::getpid()) + ".log")).string();
+    app.log.Open(log_path_);
+    {
+        Proc_Guard guard(app.log, "Init ini file");
+        guard.Step([&] { Load_Sensor_Definitions(app.sensors, app.ini, guard); });
+    }
+    Init_Cardbyte(app.image, app.log);
+}
+
+Cli_Tables::~Cli_Tables() {
+    Flush_Diagnostics();
+}
+
+bool Cli_Tables::Load(const std::string& file) {
+    auto content = Load_Qxs_File(file);
+    if (!content) {
+        // Nothing was done to speak of: the load's own diagnostics are dropped.
+        flushed_ = true;
+        app.log.Close();
+        std::remove(log_path_.c_str());
+        std::fprintf(err_, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
+        return false;
+    }
+    std::copy(content->bytes.begin(), content->bytes.end(), app.image.CardByte.begin());
+    comment = content->comment;
+    Analog_Context analog = app.Analog();
+    Init_Analog_from_CardByte(analog);
+    Tables_Context ctx = Context();
+    Update_Tabs(ctx);
+    Show_Right_Tabs(ctx);
+    Update_All(ctx);
+    return true;
+}
+
+void Cli_Tables::Flush_Diagnostics() {
+    if (flushed_) return;
+    flushed_ = true;
+    app.log.Close();
+    if (std::FILE* f = std::fopen(log_path_.c_str(), "rb")) {
+        int c;
+        while ((c = std::fgetc(f)) != EOF)
+            if (c != '\r') std::fputc(c, err_);
+        std::fclose(f);
+    }
+    std::remove(log_path_.c_str());
+    for (char c : app.texts.Debug_txt)
+        if (c != '\r') std::fputc(c, err_);
+}
+
+} // namespace quorlen::cli

@@ -1,0 +1,58 @@
+#pragma once
+// A settings file loaded as the program loads it, for the commands that show or edit its
+// tables: sensors from the configuration file beside the program (or a given one), the
+// image defaults, the file, the analogue inputs, and the four table routines. What the
+// program would log or say meanwhile ends up on stderr.
+
+#include "app/app_context.h"
+
+#include <cstdio>
+#include <string>
+
+namespace quorlen::cli {
+
+// The message boxes of a command become lines on stderr; questions take their default.
+class Stderr_Dialogs final : public User_Dialogs {
+public:
+    explicit Stderr_Dialogs(std::FILE* err) : err_(err) {}
+    void Inform(const std::string& text) override { std::fprintf(err_, "%s\n", text.c_str()); }
+    Answer Ask_Ok_Cancel(const std::string&) override { return Answer::Ok; }
+    Answer Ask_Yes_No(const std::string&) override { return Answer::Yes; }
+    std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup&) override { return std::nullopt; }
+    std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
+
+private:
+    std::FILE* err_;
+};
+
+// The program's data folder, found as the GUI finds it.
+std::string Cli_App_Path();
+
+class Cli_Tables {
+public:
+    // `ini` empty: the configuration file beside the program.
+    Cli_Tables(std::FILE* err, const std::string& ini);
+    ~Cli_Tables();
+    Cli_Tables(const Cli_Tables&) = delete;
+    Cli_Tables& operator=(const Cli_Tables&) = delete;
+
+    // Loads `file` and runs Update_Tabs, Show_Right_Tabs and Update_All over it; false, with
+    // "Not a valid qxs-file" on stderr, when it is not a settings file.
+    bool Load(const std::string& file);
+    // The diagnostics so far (the log and the debug text) go to stderr; later ones are
+    // dropped. Runs at the end of the object's life if not before.
+    void Flush_Diagnostics();
+
+    Tables_Context Context() { return app.Tables(dialogs); }
+
+    App_Context app;
+    Stderr_Dialogs dialogs;
+    std::string comment; // the file's comment, lines joined by CR LF
+
+private:
+    std::FILE* err_;
+    std::string log_path_;
+    bool flushed_ = false;
+};
+
+} // namespace quorlen::cli

@@ -1,0 +1,113 @@
+// The log window with the main window, offscreen: made at load, started and stopped from the
+// main window's button against the simulator, and a log picked in the settings file dialog.
+
+#include "logging/log_state.h"
+#include "support/boxsim_run.h"
+#include "support/scripted_dialogs.h"
+#include "support/temp_dir.h"
+#include "ui/boost_prog_main.h"
+#include "ui/qx_log.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QChartView>
+#include <QLineSeries>
+#include <QPushButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace quorlen {
+namespace {
+
+using test::Read_File;
+using test::Write_File;
+
+class LogWindow : public ::testing::Test {
+protected:
+    std::unique_ptr<ui::BoostProgMain> Start(const std::string& port = {}) {
+        for (const char* name :
+             {"RZ400_800M3.ini", "RZ400_800M3_Default_Settings.qxs", Default_Log_Settings_File_Name})
+            Write_File(dir.File(name), Read_File(std::string(QUORLEN_DATA_DIR) + "/" + name));
+        ui::Start_Options options;
+        options.app_path = dir.Slash();
+        options.port = port;
+        auto window = std::make_unique<ui::BoostProgMain>(options);
+        window->Use_Dialogs(&dialogs);
+        window->Form_Load();
+        return window;
+    }
+    std::string Log() { return Read_File(dir.File("Debug_file.log")); }
+
+    test::Temp_Dir dir;
+    test::Scripted_Dialogs dialogs;
+};
+
+TEST_F(LogWindow, TheMainWindowsButtonRecordsALogAndSavesIt) {
+    test::Boxsim_Run box(BOXSIM_EXECUTABLE, {});
+    ASSERT_TRUE(box.Ready());
+    auto window = Start(box.Link());
+    ASSERT_TRUE(window->Form_Exists("QX_Log"));
+    auto* log = static_cast<ui::QX_Log*>(window->Form("QX_Log"));
+    EXPECT_FALSE(log->isVisible());
+    EXPECT_EQ(log->State().setup.controls[13].label, "AN3 MAP");
+
+    auto* button = window->findChild<QPushButton*>("Stop_Logging_cmd");
+    button->click();
+    EXPECT_TRUE(log->isVisible());
+    EXPECT_TRUE(window->App().link.Logging_Active);
+    EXPECT_EQ(button->text(), "STOP LOGGING");
+    EXPECT_EQ(log->findChild<QPushButton*>("cmd_Open_Com")->text(), "STOP");
+    EXPECT_FALSE(window->findChild<QPushButton*>("Read_Settings")->isEnabled());
+    QTest::qWait(2500);
+    // The connection poll stays off the port and tells from the log whether the engine runs.
+    window->Check_connection_timer_Timer();
+    EXPECT_EQ(window->findChild<QAction*>("Engine_OnOff_mnu")->text(), "Engine running");
+
+    button->click();
+    EXPECT_FALSE(window->App().link.Logging_Active);
+    EXPECT_EQ(button->text(), "START LOGGING");
+    EXPECT_TRUE(window->findChild<QPushButton*>("Read_Settings")->isEnabled());
+    const Log_State& state = log->State();
+    EXPECT_GE(state.Last_Row, 40);
+    EXPECT_LE(state.Last_Row, 52);
+    // Saved under the default name with the date and time, and the box's settings inside.
+    const std::string saved = dir.File(state.Log_File_Name);
+    ASSERT_TRUE(std::filesystem::exists(saved)) << saved;
+    EXPECT_EQ(state.Log_File_Name.rfind("QXLog-_", 0), 0u);
+    EXPECT_NE(Read_File(saved).find("[log_dataset]\r\n"), std::string::npos);
+    auto* chart = log->findChild<QChartView*>("MSChart1");
+    ASSERT_FALSE(chart->chart()->series().isEmpty());
+    EXPECT_GE(static_cast<QLineSeries*>(chart->chart()->series().front())->count(), 40);
+    EXPECT_EQ(Log().find("Error in "), std::string::npos) << Log();
+}
+
+TEST_F(LogWindow, ALogPickedInTheSettingsDialogGivesItsSettings) {
+    auto window = Start();
+    std::string file = Read_File(std::string(QUORLEN_DATA_DIR) + "/" + Default_Log_Settings_File_Name);
+    std::string dataset = "[log_dataset]\r\n";
+    for (int i = 0; i < 1024; ++i)
+        dataset += std::to_string(i == 255 ? 200 : (i * 3) % 256) + "\r\n";
+    file.replace(file.find("[log_dataset]"), std::string::npos, dataset + "[end log_dataset]");
+    Write_File(dir.File("drive.qxl"), file);
+
+    dialogs.files.push_back(Picked_File{dir.File("drive.qxl"), "drive.qxl"});
+    window->File_open_Click();
+    EXPECT_EQ(window->App().image.CardByte[100], 44);
+    EXPECT_EQ(window->windowTitle(),
+              "VELMORA RZ400/RZ800M3 Interface Software - Settings loaded from log file");
+    EXPECT_EQ(window->App().files.CurrentFileName, "New1.qxs");
+    EXPECT_EQ(static_cast<ui::QX_Log*>(window->Form("QX_Log"))->State().Log_File_Name, "drive.qxl");
+}
+
+} // namespace
+} // namespace quorlen
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,540 @@
+// Editing the maps without a window: typing, the buttons, the clipboard, the colouring and
+// the verify view, on a fresh stand-alone image.
+
+#include "cli/commands.h"
+#include "files/settings_files.h"
+#include "support/scripted_dialogs.h"
+#include "support/temp_dir.h"
+#include "tables/cell_entry.h"
+#include "tables/map_colours.h"
+#include "tables/selection_ops.h"
+#include "tables/surface_data.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+namespace quorlen {
+namespace {
+
+class Edit : public ::testing::Test {
+protected:
+    void SetUp() override {
+        Reset_Sensor_Table(sensors.table);
+        Proc_Guard guard(log, "Init ini file");
+        Add_Sensor_Definition(sensors.table, "AFR\tLinear\t0.0392157\t10\t0\t255\tAFR\t1\tbin\t", guard);
+        Add_Sensor_Definition(sensors.table, "MAP\tLinear\t0.01\t0\t0\t255\tbar\t2\tbin\t", guard);
+        for (int i = 1; i <= 12; ++i)
+            sensors.inputs.An_Sel[static_cast<std::size_t>(i)] = i == 1 ? 1 : 2;
+        Init_Cardbyte(image, log);
+        Update_Tabs(ctx);
+        Update_All(ctx);
+        image.ChangedByte.fill(0);
+    }
+    // The fuel map is 19 x 18 on a fresh image; the ignition map 18 x 11.
+    int Fuel(int r, int c) { return Fuel_Block(ctx).Cell(r, c); }
+    int Ign(int r, int c) { return Ign_Block(ctx).Cell(r, c); }
+    std::uint8_t& Byte(int address) { return image.CardByte[static_cast<std::size_t>(address)]; }
+    bool Changed(int address) { return image.ChangedByte[static_cast<std::size_t>(address)] == Changed_Mark; }
+    void On(Table_Id id) {
+        Show_Table(tables, id);
+        hooks_run = 0;
+    }
+    Key_Outcome Type_Fuel(Grid_Selection& sel, int key) { return Fuel_3D_Grid_KeyDown(ctx, sel, key, hooks); }
+
+    Debug_Log log;
+    Settings_Image image;
+    Sensor_State sensors;
+    Tables_State tables;
+    test::Scripted_Dialogs dialogs;
+    Tables_Context ctx{image, sensors, tables, log, dialogs};
+    int hooks_run = 0;
+    Edit_Hooks hooks{[this] {
+                         ++hooks_run;
+                         Update_All(ctx);
+                     },
+                     {},
+                     {}};
+};
+
+TEST_F(Edit, TypingIntoTheFuelMapFollowsEveryKeyAndCutsAtTheLimit) {
+    On(Table_Id::Fuel_3D);
+    Grid_Selection sel{2, 3, 1, 4}; // four cells, anchor at the bottom right
+    const int cells[] = {Fuel(1, 3), Fuel(1, 4), Fuel(2, 3), Fuel(2, 4)};
+    for (int a : cells)
+        Byte(a) = 77;
+
+    EXPECT_TRUE(Type_Fuel(sel, '1').shows_key_text);
+    EXPECT_EQ(tables.edit.KeyText, "1");
+    for (int a : cells)
+        EXPECT_EQ(Byte(a), 0); // 1 ms is byte_chk(0)
+    Type_Fuel(sel, Key::Comma);
+    EXPECT_EQ(tables.edit.KeyText, "1,");
+    Type_Fuel(sel, Key::Pad_0 + 5);
+    EXPECT_EQ(tables.edit.KeyText, "1,5");
+    for (int a : cells) {
+        EXPECT_EQ(Byte(a), 8);
+        EXPECT_TRUE(Changed(a));
+    }
+    Type_Fuel(sel, Key::Point); // a second mark is ignored
+    EXPECT_EQ(tables.edit.KeyText, "1,5");
+
+    // A new selection starts a new number; at the 0 of 30 the text is cut to 25.5.
+    Grid_RowColChange(tables);
+    Grid_Selection one{5, 5, 5, 5};
+    Type_Fuel(one, '3');
+    EXPECT_EQ(Byte(Fuel(5, 5)), 30);
+    Type_Fuel(one, '0');
+    EXPECT_EQ(tables.edit.KeyText, "25.5");
+    EXPECT_EQ(Byte(Fuel(5, 5)), 255);
+
+    // Keys a main map doesn't take leave at once.
+    EXPECT_FALSE(Type_Fuel(one, Key::Minus).handled);
+    EXPECT_FALSE(Type_Fuel(one, Key::Back).handled);
+    EXPECT_EQ(tables.edit.KeyText, "25.5");
+
+    // The ignition map cuts at 51 degrees, one byte per 0.2.
+    On(Table_Id::Ignition_3D);
+    Grid_RowColChange(tables);
+    Grid_Selection ign{1, 1, 1, 1};
+    Ignition_3D_Grid_KeyDown(ctx, ign, '6', hooks);
+    Ignition_3D_Grid_KeyDown(ctx, ign, '0', hooks);
+    EXPECT_EQ(tables.edit.KeyText, "51");
+    EXPECT_EQ(Byte(Ign(1, 1)), 255);
+}
+
+TEST(Cell_Entry, KeyEditAndTheNumberRules) {
+    std::string text;
+    bool fresh = true;
+    EXPECT_TRUE(KeyEdit(Key::Back, text, fresh)); // Back on an empty text: nothing
+    EXPECT_EQ(text, "");
+    EXPECT_TRUE(fresh);
+    KeyEdit(Key::Minus, text, fresh);
+    KeyEdit('4', text, fresh);
+    EXPECT_EQ(text, "-4");
+    KeyEdit(Key::Delete, text, fresh);
+    EXPECT_EQ(text, "");
+    EXPECT_FALSE(KeyEdit('Q', text, fresh));
+
+    std::string typed = "1,5";
+    EXPECT_DOUBLE_EQ(val_chk(typed), 1.5);
+    EXPECT_EQ(typed, "1.5"); // the caller's text changes with it
+    std::string empty, junk = "abc";
+    EXPECT_EQ(val_chk(empty), 0);
+    EXPECT_EQ(val_chk(junk), 0);
+
+    EXPECT_EQ(Fuel_ms_to_byte(0), 0);
+    EXPECT_EQ(Fuel_ms_to_byte(0.53), 0);
+    EXPECT_EQ(Fuel_ms_to_byte(0.54), 1);
+    EXPECT_EQ(Fuel_ms_to_byte(0.7), 1);
+    EXPECT_EQ(Fuel_ms_to_byte(1), 0);
+    EXPECT_EQ(Fuel_ms_to_byte(1.06), 1);
+    EXPECT_EQ(Fuel_ms_to_byte(1.48), 8); // the shown text of byte 8 gives byte 8
+    EXPECT_EQ(Fuel_ms_to_byte(2.49), 24);
+    EXPECT_EQ(Fuel_ms_to_byte(2.5), 25);
+    EXPECT_EQ(Fuel_ms_to_byte(25.5), 255);
+    EXPECT_EQ(Fuel_ms_to_byte(-3), 0);
+    for (int b = 0; b <= 255; ++b) // every shown fuel value goes back to its byte
+        EXPECT_EQ(Fuel_ms_to_byte(Text_To_Double(Fuel_Cell_Text(static_cast<std::uint8_t>(b)))), b) << b;
+}
+
+TEST_F(Edit, PandOHalveAndDoubleTheRpmStepsOfTheSelectedColumns) {
+    On(Table_Id::Fuel_3D);
+    const int base = image.FuelBlockBase;
+    Byte(base + 1) = 1;
+    Byte(base + 2) = 1;
+    Byte(base + 3) = 0;
+    Byte(base + 4) = 64;
+    Byte(base + 5) = 128;
+    Grid_Selection sel{1, 1, 3, 2};
+    Type_Fuel(sel, Key::P);
+    EXPECT_EQ(Byte(base + 1), 0); // the first column may start at zero
+    EXPECT_EQ(Byte(base + 2), 1);
+    EXPECT_TRUE(Changed(base + 1));
+    EXPECT_FALSE(Changed(base + 2));
+
+    Grid_Selection right{1, 3, 1, 5};
+    Type_Fuel(right, Key::O);
+    EXPECT_EQ(Byte(base + 3), 1);
+    EXPECT_EQ(Byte(base + 4), 128);
+    EXPECT_EQ(Byte(base + 5), 128);
+    Type_Fuel(right, Key::P);
+    EXPECT_EQ(Byte(base + 3), 1);
+    EXPECT_EQ(Byte(base + 4), 64);
+    EXPECT_EQ(hooks_run, 3); // each redraws
+
+    // The ignition map's keys act on its own axis.
+    On(Table_Id::Ignition_3D);
+    Byte(image.IgnBlockBase + 1) = 4;
+    Grid_Selection ign{1, 1, 1, 1};
+    Ignition_3D_Grid_KeyDown(ctx, ign, Key::P, hooks);
+    EXPECT_EQ(Byte(image.IgnBlockBase + 1), 2);
+}
+
+TEST_F(Edit, MainMapRampsCountInBytesFromTheirZeroEdgeAndFollowTheTabs) {
+    On(Table_Id::Fuel_3D);
+    for (int c = 1; c <= 6; ++c)
+        Byte(Fuel(2, c)) = 100;
+    Grid_Selection back = flat_RPM_3D_Click(ctx, {2, 5, 2, 2}, hooks);
+    EXPECT_EQ(back, (Grid_Selection{2, 2, 2, 5})); // anchored at the top left
+    EXPECT_EQ(Byte(Fuel(2, 1)), 100);
+    EXPECT_EQ(Byte(Fuel(2, 2)), 100);
+    EXPECT_EQ(Byte(Fuel(2, 3)), 99);
+    EXPECT_EQ(Byte(Fuel(2, 5)), 97);
+    EXPECT_EQ(Byte(Fuel(2, 6)), 100);
+    flat_RPM_3D_L_Click(ctx, {2, 2, 2, 5}, hooks);
+    EXPECT_EQ(Byte(Fuel(2, 2)), 97);
+    EXPECT_EQ(Byte(Fuel(2, 5)), 97);
+
+    // Down the rows, with the clamp at 255 and 0.
+    Byte(Fuel(3, 1)) = 254;
+    Byte(Fuel(8, 1)) = 254;
+    steep_Load_3D_Click(ctx, {3, 1, 8, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(3, 1)), 254);
+    EXPECT_EQ(Byte(Fuel(8, 1)), 255); // 254 + 5, not wrapped
+    Byte(Fuel(3, 1)) = 2;
+    flat_Load_3D_B_Click(ctx, {3, 1, 8, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(3, 1)), 0);
+    EXPECT_EQ(Byte(Fuel(8, 1)), 255);
+
+    // A single cell gets 0 from every ramp.
+    const std::uint8_t before = Byte(Fuel(4, 4));
+    for (auto op : {steep_Load_3D_Click, steep_Load_3D_B_Click, steep_RPM_3D_Click, steep_RPM_3D_L_Click})
+        op(ctx, {4, 4, 4, 4}, hooks);
+    EXPECT_EQ(Byte(Fuel(4, 4)), before);
+    EXPECT_FALSE(Changed(Fuel(4, 5)));
+
+    // On another tab, or on the ignition tab, the fuel map is left alone.
+    On(Table_Id::Fuel2_Map);
+    plus_3d_Click(ctx, {1, 1, 1, 1}, hooks);
+    On(Table_Id::Ignition_3D);
+    Byte(Ign(1, 1)) = 10;
+    plus_3d_Click(ctx, {1, 1, 1, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(1, 1)), 0);
+    EXPECT_EQ(Byte(Ign(1, 1)), 11);
+    EXPECT_EQ(hooks_run, 1);
+}
+
+TEST_F(Edit, SetAndScaleOverTheMainMaps) {
+    On(Table_Id::Ignition_3D);
+    tables.edit.set_table_text_3D = "60";
+    set_table_3D_Click(ctx, {1, 1, 2, 2}, hooks);
+    EXPECT_EQ(tables.edit.set_table_text_3D, "51");
+    EXPECT_EQ(Byte(Ign(2, 2)), 255);
+    tables.edit.scale_table_text_3D = "50";
+    scale_table_3D_Click(ctx, {1, 1, 1, 1}, hooks);
+    EXPECT_EQ(Byte(Ign(1, 1)), 127); // 25.5 degrees
+
+    On(Table_Id::Fuel_3D);
+    tables.edit.set_table_text_3D = "0";
+    set_table_3D_Click(ctx, {1, 1, 1, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(1, 1)), 0);
+    tables.edit.set_table_text_3D = "0,7";
+    set_table_3D_Click(ctx, {1, 1, 1, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(1, 1)), 1);
+
+    // The percentage acts on the time behind the injector's dead time (byte 0 of 79 is
+    // 0.816 ms): 200 % of 10 ms is 19.184 ms.
+    EXPECT_DOUBLE_EQ(Injector_Dead_Time(image), 0.816);
+    Byte(Fuel(1, 2)) = 100;
+    Byte(Fuel(1, 3)) = 0;
+    Byte(Fuel(1, 4)) = 20; // 2.2 ms
+    tables.edit.scale_table_text_3D = "200";
+    scale_table_3D_Click(ctx, {1, 2, 1, 2}, hooks);
+    EXPECT_EQ(Byte(Fuel(1, 2)), 191);
+    tables.edit.scale_table_text_3D = "100";
+    scale_table_3D_Click(ctx, {1, 3, 1, 4}, hooks);
+    EXPECT_EQ(Byte(Fuel(1, 3)), 0);
+    EXPECT_EQ(Byte(Fuel(1, 4)), 20);
+}
+
+TEST_F(Edit, EvenColumnsAndRowsDrawStraightLinesWithTiesToEven) {
+    On(Table_Id::Fuel_3D);
+    Byte(Fuel(1, 1)) = 0;
+    Byte(Fuel(1, 2)) = 99;
+    Byte(Fuel(1, 3)) = 99;
+    Byte(Fuel(1, 5)) = 6; // k = 1.5: 1.5 and 4.5 round to 2 and 4
+    Byte(Fuel(2, 1)) = 1;
+    Byte(Fuel(2, 5)) = 7;
+    Even_Cols_cmd_Click(ctx, {2, 5, 1, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(1, 2)), 2);
+    EXPECT_EQ(Byte(Fuel(1, 3)), 3);
+    EXPECT_EQ(Byte(Fuel(1, 4)), 4);
+    EXPECT_EQ(Byte(Fuel(1, 5)), 6);
+    EXPECT_EQ(Byte(Fuel(2, 2)), 2); // 2.5 goes to 2
+    EXPECT_EQ(Byte(Fuel(2, 4)), 6); // 5.5 goes to 6
+
+    // Two rows have nothing between them.
+    Byte(Fuel(5, 1)) = 10;
+    Byte(Fuel(6, 1)) = 30;
+    Even_Rows_cmd_Click(ctx, {5, 1, 6, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(5, 1)), 10);
+    EXPECT_EQ(Byte(Fuel(6, 1)), 30);
+    Byte(Fuel(7, 1)) = 50;
+    Even_Rows_cmd_Click(ctx, {5, 1, 7, 1}, hooks);
+    EXPECT_EQ(Byte(Fuel(6, 1)), 30);
+    EXPECT_TRUE(Changed(Fuel(6, 1)));
+    EXPECT_FALSE(Changed(Fuel(5, 1)));
+}
+
+TEST_F(Edit, OneDimensionalButtonsAndTheFirstCompensationThroughItsText) {
+    On(Table_Id::Pwm2);
+    const int base = One_D_Base(Table_Id::Pwm2);
+    for (int i = 0; i < 21; ++i)
+        Byte(base + i) = 100;
+    steep_Click(ctx, {7, 2, 3, 2}, hooks);
+    EXPECT_EQ(Byte(base + 1), 100);
+    EXPECT_EQ(Byte(base + 2), 100); // point 3 gets 0 ...
+    EXPECT_EQ(Byte(base + 6), 104); // ... point 7 gets 4
+    steep_L_Click(ctx, {3, 2, 7, 2}, hooks);
+    EXPECT_EQ(Byte(base + 2), 104);
+    EXPECT_EQ(Byte(base + 6), 104);
+
+    Byte(base) = 255;
+    Byte(base + 1) = 0;
+    plus_Click(ctx, {1, 2, 2, 2}, hooks);
+    EXPECT_EQ(Byte(base), 255);
+    EXPECT_EQ(Byte(base + 1), 1);
+    image.ChangedByte.fill(0);
+    Byte(base + 1) = 0;
+    minus_Click(ctx, {2, 2, 2, 2}, hooks);
+    EXPECT_FALSE(Changed(base + 1)); // at its end: passed over
+
+    // Percent on the shown value: 52 % of 50.0 % is 26.0 %, byte 52.
+    tables.edit.scale_table_text = "52";
+    scale_table_Click(ctx, {10, 2, 10, 2}, hooks);
+    EXPECT_EQ(Byte(base + 9), 52);
+    tables.edit.set_table_text = "150";
+    set_table_Click(ctx, {11, 2, 11, 2}, hooks);
+    EXPECT_EQ(tables.edit.set_table_text, "100");
+    EXPECT_EQ(Byte(base + 10), 200);
+
+    // The 1st Ignition compensation: a ramp through the shown degrees, the limits of its
+    // table, and a typed minus.
+    On(Table_Id::Ign_Comp1);
+    Byte(191) = 128;
+    Byte(192) = 0;
+    steep_Click(ctx, {1, 2, 2, 2}, hooks);
+    EXPECT_EQ(Byte(191), 128);
+    EXPECT_EQ(Byte(192), 1);
+    EXPECT_EQ(tables.edit.TableGain, 5);
+    tables.edit.set_table_text = "-30";
+    set_table_Click(ctx, {3, 2, 3, 2}, hooks);
+    EXPECT_EQ(tables.edit.set_table_text, "-25.6");
+    EXPECT_EQ(Byte(193), 0);
+    Grid_RowColChange(tables);
+    One_D_Grid_KeyDown(ctx, Table_Id::Ign_Comp1, {4, 2, 5, 2}, Key::Pad_Minus, hooks);
+    One_D_Grid_KeyDown(ctx, Table_Id::Ign_Comp1, {4, 2, 5, 2}, '5', hooks);
+    EXPECT_EQ(tables.edit.set_table_text, "-5");
+    EXPECT_EQ(Byte(194), 103);
+    EXPECT_EQ(Byte(195), 103);
+
+    // The 2nd fuel tables by their function: subtracted time is value * -10.
+    image.CardByte[175] = static_cast<std::uint8_t>((image.CardByte[175] & ~56) | 2 << 3);
+    Update_Tabs(ctx);
+    On(Table_Id::Fuel2_Rpm);
+    tables.edit.set_table_text = "-1,5";
+    set_table_Click(ctx, {1, 2, 1, 2}, hooks);
+    EXPECT_EQ(Byte(133), 15);
+    EXPECT_EQ(tables.edit.minText, "-25.4");
+}
+
+TEST_F(Edit, CopyGivesSpreadsheetTextAndPasteTurnsTextIntoBytes) {
+    On(Table_Id::Fuel_3D);
+    Byte(Fuel(1, 1)) = 8;
+    Byte(Fuel(1, 2)) = 25;
+    Byte(Fuel(2, 1)) = 0;
+    Byte(Fuel(2, 2)) = 255;
+    Grid_Selection sel{2, 2, 1, 1};
+    std::string clip;
+    EXPECT_TRUE(Fuel_3D_Grid_KeyPress(ctx, sel, Ctrl_C, clip, hooks));
+    EXPECT_EQ(clip, "1.48\t2.5\r\n0.0\t25.5\r\n");
+
+    // Back from a spreadsheet with comma decimals, one value too big, one not a number.
+    clip = "3,0\t30\r\nabc\t1,06\r\n";
+    Grid_Selection at{5, 5, 6, 6};
+    Fuel_3D_Grid_KeyPress(ctx, at, Ctrl_V, clip, hooks);
+    EXPECT_EQ(Byte(Fuel(5, 5)), 30);
+    EXPECT_EQ(Byte(Fuel(5, 6)), 255);
+    EXPECT_EQ(Byte(Fuel(6, 5)), 0);
+    EXPECT_EQ(Byte(Fuel(6, 6)), 1);
+
+    // One selected cell takes the whole block; the map's edge cuts it.
+    Grid_Selection corner{18, 18, 18, 18};
+    Fuel_3D_Grid_KeyPress(ctx, corner, Ctrl_V, std::string("2.5\t2.5\t2.5\n5\t5\t5\n") += "9", hooks);
+    EXPECT_EQ(corner, (Grid_Selection{18, 18, 18, 19}));
+    EXPECT_EQ(Byte(Fuel(18, 19)), 25);
+
+    EXPECT_EQ(Split_Clipboard("a\tb\r\nc\n\nd"),
+              (std::vector<std::vector<std::string>>{{"a", "b"}, {"c"}, {""}, {"d"}}));
+    EXPECT_TRUE(Split_Clipboard("").empty());
+}
+
+TEST(Colours, MidDutyGreyAndTheLegend) {
+    EXPECT_EQ(Mid_Colour(100, 100), (Rgb{255, 245, 245}));
+    EXPECT_EQ(Mid_Colour(99, 100), (Rgb{249, 249, 255}));
+    EXPECT_EQ(Mid_Colour(255, 100), (Rgb{255, 90, 90}));
+    EXPECT_EQ(Mid_Colour(0, 100), (Rgb{150, 150, 255}));
+    EXPECT_EQ(Mid_Colour(10, 0), (Rgb{255, 235, 235})); // far above M the levels stop at 0
+    EXPECT_EQ(Mid_Colour(255, 0), (Rgb{255, 0, 0}));
+    EXPECT_EQ(Mid_Limit(""), 0);
+    EXPECT_DOUBLE_EQ(Mid_Limit("10,5"), 105);
+    EXPECT_EQ(Color_Low_frame(100), (Rgb{150, 150, 255}));
+    EXPECT_EQ(Color_High_frame(100), (Rgb{255, 90, 90}));
+
+    EXPECT_EQ(Duty_Colour(100, 6000), (Rgb{255, 254, 254}));
+    EXPECT_EQ(Duty_Colour(99, 6000), (Rgb{252, 252, 255})); // duty 49
+    EXPECT_EQ(Duty_Colour(255, 8000), (Rgb{255, 0, 0}));    // 170 %
+    EXPECT_EQ(Grey_Colour(101), (Rgb{50, 50, 50}));         // 50.5 to the even 50
+    EXPECT_EQ(Grey_Colour(103), (Rgb{52, 52, 52}));
+}
+
+TEST_F(Edit, MapColoursFollowTheModeAndDutyStaysOnTheFuelMap) {
+    Byte(Fuel(1, 1)) = 100;
+    tables.colours.Mid_3D_limit_txt = "10";
+    Map_Colours fuel = Update_3D_Colors(ctx);
+    EXPECT_EQ(fuel.rows, 18);
+    EXPECT_EQ(fuel.cols, 19);
+    EXPECT_EQ(fuel.At(1, 1), (Rgb{255, 245, 245}));
+    EXPECT_EQ(fuel.low, (Rgb{150, 150, 255}));
+
+    tables.colours.Color_3D_Check = Colour_Mode::Duty;
+    double rpm = image.CardValue[static_cast<std::size_t>(Fuel_Block(ctx).Rpm_Step(1))];
+    EXPECT_EQ(Update_3D_Colors(ctx).At(1, 1), Duty_Colour(100, rpm));
+    EXPECT_EQ(Update_3D_Ign_Colors(ctx).At(1, 1), White);
+    tables.colours.Color_3D_Check = Colour_Mode::None;
+    EXPECT_EQ(Update_3D_Colors(ctx).At(1, 1), White);
+}
+
+TEST_F(Edit, VerifyShowsBoxMinusProgramWithTheFourColours) {
+    Byte(Fuel(1, 1)) = 100; // 10.0 ms in the program
+    Byte(Fuel(1, 2)) = 100;
+    Byte(Fuel(1, 3)) = 0;
+    Byte(Fuel(1, 4)) = 100;
+    image.TempByte = image.CardByte;
+    image.TempByte[static_cast<std::size_t>(Fuel(1, 1))] = 95; // 5 % leaner in the box
+    image.TempByte[static_cast<std::size_t>(Fuel(1, 2))] = 120;
+    image.TempByte[static_cast<std::size_t>(Fuel(1, 3))] = 30;
+    image.TempByte[static_cast<std::size_t>(Fuel(1, 4))] = 99;
+    for (int c = 1; c <= 4; ++c)
+        image.ChangedByte[static_cast<std::size_t>(Fuel(1, c))] = Changed_Mark;
+    tables.colours.Mid_3D_limit_txt = "10";
+
+    Verify_View view = Verify_Check_Pass(ctx, Table_Id::Fuel_3D);
+    EXPECT_EQ(view.higher_caption, "Leaner in box");
+    EXPECT_EQ(view.At(1, 1).text, "-0.5");
+    EXPECT_DOUBLE_EQ(view.At(1, 1).pct, 5);
+    EXPECT_EQ(view.At(1, 1).colour, (Rgb{160, 255, 255}));
+    EXPECT_EQ(view.At(1, 2).text, "2.0");
+    EXPECT_EQ(view.At(1, 2).colour, (Rgb{255, 224, 0})); // -20 %
+    EXPECT_DOUBLE_EQ(view.At(1, 3).pct, -999);           // nothing in the program
+    EXPECT_EQ(view.At(1, 4).colour, (Rgb{160, 255, 255}));
+    EXPECT_EQ(view.At(1, 5).text, "0.0"); // unchanged
+    EXPECT_FALSE(view.At(1, 5).compared);
+    EXPECT_EQ(Verify_Colour(10, 10), (Rgb{5, 208, 255}));
+    EXPECT_EQ(Verify_Colour(-9.9, 10), (Rgb{255, 255, 128}));
+
+    image.CardByte[900] = 40;
+    image.ChangedByte[900] = Changed_Mark;
+    auto lines = Show_VerifyData(ctx);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0].name, "PWM 1 point 5");
+    EXPECT_EQ(lines[0].program_text, "20.00");
+
+    image.TempByte.fill(0); // no read at hand
+    EXPECT_FALSE(Verify_Check_Pass(ctx, Table_Id::Fuel_3D).At(1, 1).compared);
+    EXPECT_TRUE(Show_VerifyData(ctx).empty());
+}
+
+TEST_F(Edit, TheButtonsServeTheTableOnShowAndTheSurfaceHasItsWords) {
+    auto enabled = [&](const char* name) {
+        for (const Button_State& b : Handle_button_enable(tables))
+            if (b.name == name) return b.enabled;
+        ADD_FAILURE() << name;
+        return false;
+    };
+    On(Table_Id::Fuel_3D);
+    EXPECT_TRUE(enabled("Even_Cols_cmd"));
+    EXPECT_TRUE(enabled("Color_3D_Check(3)"));
+    EXPECT_FALSE(enabled("steep"));
+    On(Table_Id::Ignition_3D);
+    EXPECT_FALSE(enabled("Color_3D_Check(3)"));
+    On(Table_Id::Pwm1);
+    EXPECT_TRUE(enabled("set_table"));
+    EXPECT_FALSE(enabled("plus_3d"));
+    image.CardByte[175] = static_cast<std::uint8_t>(image.CardByte[175] | 7 << 3); // function 7
+    Update_Tabs(ctx);
+    On(Table_Id::Fuel2_Map);
+    EXPECT_FALSE(enabled("plus"));
+
+    Show_Right_Tabs(ctx);
+    Byte(Fuel(2, 3)) = 24;
+    Surface_Data surface = Calculate_Fuel3dmap(ctx);
+    EXPECT_EQ(surface.series, "Fuel map");
+    EXPECT_EQ(surface.z_title, "Load [bar]");
+    EXPECT_DOUBLE_EQ(surface.y[1][2], 2.44);
+    std::string csv = Surface_Csv(surface);
+    EXPECT_EQ(csv.substr(0, csv.find(',')), "Load [bar] / RPM");
+    EXPECT_NE(csv.find("\r\n"), std::string::npos);
+    EXPECT_EQ(Export_Name("/maps/Track day.QXS"), "Track day_qxs");
+}
+
+// --- the command line ---------------------------------------------------------------------
+
+int Cli(const std::vector<std::string>& args, std::string* out_text = nullptr) {
+    std::FILE* out = std::tmpfile();
+    std::FILE* err = std::tmpfile();
+    int code = cli::Run(args, out, err);
+    std::rewind(out);
+    if (out_text != nullptr)
+        for (int c; (c = std::fgetc(out)) != EOF;)
+            *out_text += static_cast<char>(c);
+    std::fclose(out);
+    std::fclose(err);
+    return code;
+}
+
+TEST(Edit_Command, RunsEachOperationAsItsButtonAndSavesTheResult) {
+    test::Temp_Dir dir;
+    const std::string in = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3_Default_Settings.qxs";
+    const std::string ini = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3.ini";
+    const std::string out = dir.File("out.qxs");
+    auto original = Load_Qxs_File(in);
+    ASSERT_TRUE(original);
+    // 19 x 18 fuel map at 256, 18 x 11 ignition map at 653.
+    const int fuel_1_1 = 256 + 19 + 18 + 2;
+    const int ign_1_1 = 653 + 18 + 11 + 2;
+
+    std::string printed;
+    EXPECT_EQ(Cli({"edit",    in,          "-o",   out,        "--ini", ini,      "--op", "fuel",
+                   "2,1:1,3", "steep-rpm", "--op", "ignition", "1,1",   "set=60", "--op", "fuel",
+                   "5,5",     "type=1,5",  "--op", "pwm2",     "3:7",   "steep-l"},
+                  &printed),
+              0);
+    auto edited = Load_Qxs_File(out);
+    ASSERT_TRUE(edited);
+    EXPECT_EQ(edited->bytes[fuel_1_1 + 2], original->bytes[fuel_1_1 + 2] + 2);
+    EXPECT_EQ(edited->bytes[fuel_1_1 + 19], original->bytes[fuel_1_1 + 19]); // row 2, column 1
+    EXPECT_EQ(edited->bytes[ign_1_1], 255);
+    EXPECT_EQ(edited->bytes[fuel_1_1 + 4 * 19 + 4], 8);
+    EXPECT_EQ(edited->bytes[917 + 2], original->bytes[917 + 2] + 4);
+    EXPECT_EQ(edited->comment, original->comment);
+    EXPECT_NE(printed.find("set text became \"51\""), std::string::npos);
+    EXPECT_NE(printed.find("fuel 2,1:1,3 steep-rpm: 4 bytes changed"), std::string::npos);
+
+    // A mistyped operation, or a selection off the map, changes and writes nothing.
+    const std::string none = dir.File("none.qxs");
+    EXPECT_EQ(Cli({"edit", in, "-o", none, "--op", "fuel", "1,1", "plus", "--op", "fuel", "1,1", "steep"}),
+              2);
+    EXPECT_EQ(Cli({"edit", in, "-o", none, "--op", "fuel", "19,1", "plus"}), 2);
+    EXPECT_EQ(Cli({"edit", in, "-o", none, "--op", "pwm2-fuel", "1", "plus"}), 2);
+    EXPECT_FALSE(std::filesystem::exists(none));
+    EXPECT_EQ(Cli({"edit", dir.File("missing.qxs"), "-o", none, "--op", "fuel", "1,1", "plus"}), 1);
+
+    std::string help;
+    Cli({"--help"}, &help);
+    EXPECT_NE(help.find("edit FILE -o OUT"), std::string::npos);
+}
+
+} // namespace
+} // namespace quorlen

@@ -1,0 +1,93 @@
+#pragma once
+// The box's live data stream: 20 rows a second while an engine runs, either as text rows
+// ("La") or as binary frames ("bL", "00", length in two hex digits). A blank stops it.
+//
+// The engine is a repeating test-drive, a function of the row number alone so that every
+// run of the simulator streams the same data: idle, a pull through five gears with boost,
+// a lift-off with fuel cut, idle again. Its values are encoded the way the box's inputs
+// see them (raw 8-bit readings of 0-5 V sensors), so a log decoded with the usual sensors
+// shows plausible engine figures.
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace boxsim {
+
+using Stream_Time = std::chrono::nanoseconds;
+
+inline constexpr Stream_Time Row_Period = std::chrono::milliseconds(50);
+inline constexpr int Stream_Fields = 42; // the row: RPM, columns 2..39, three status bytes
+inline constexpr int Default_Frame_Length = 58;
+
+// One row of the engine, in engineering units, plus the raw columns as the box sends them.
+struct Engine_Sample {
+    double rpm = 0;
+    int gear = 0;        // 0 at idle or while the clutch is out
+    double throttle = 0; // %
+    double map_bar = 0;  // absolute
+    double lambda = 1;
+    double ignition = 0; // degrees before top dead centre
+    double fuel_ms = 0;
+    double coolant = 0; // deg C
+    double air = 0;
+    double battery = 0;
+    // columns[c] for c = 2..39 as raw bytes; status bytes 1..3 in status[0..2].
+    std::array<std::uint8_t, 40> columns{};
+    std::array<std::uint8_t, 3> status{};
+    std::uint32_t engine_on = 0; // 24-bit counter, one step a row
+};
+
+// The engine at row n of a stream (n from 0).
+Engine_Sample Engine_At(long row);
+
+// "#RPM" and a title for each field, padded so the header is as long as a row.
+std::string Text_Header();
+// A text row without its line end: "$" and the RPM in thousands ("3.450"), the columns as
+// three decimal digits, the status bytes as "h" and two hex digits, each field and a blank.
+std::string Text_Row(const Engine_Sample& sample);
+// The data bytes d(0) .. d(length-1) of a binary frame.
+std::string Frame_Data(const Engine_Sample& sample, int length);
+// "PS", length, data, sum high and low, "DS". The sum starts from the length, adds every
+// data byte and takes 1 off. `spoil_sum` sends a wrong one.
+std::string Frame(const std::string& data, bool spoil_sum = false);
+
+// Faults of the stream itself.
+struct Stream_Faults {
+    long pause_at_row = -1; // at this row the stream goes quiet for `pause`, then goes on
+    Stream_Time pause = std::chrono::seconds(2);
+    long bad_sum_row = -1;    // the frame of this row carries a wrong sum
+    long message_every = 200; // a "#" box message in text mode every this many rows (0: never)
+};
+
+class Log_Stream {
+public:
+    enum class Mode { Off, Text, Binary };
+
+    explicit Log_Stream(Stream_Faults faults = {}) : faults_(faults) {}
+
+    // The header goes at once; the first row one period later.
+    std::string Start_Text(Stream_Time now);
+    void Start_Binary(int length, Stream_Time now);
+    void Stop() { mode_ = Mode::Off; }
+
+    Mode Active() const { return mode_; }
+    // Every row due by `now`.
+    std::string Tick(Stream_Time now);
+    Stream_Time Next_Deadline() const;
+    long Rows_Sent() const { return rows_sent_; }
+
+private:
+    std::string Row_Text(long row);
+
+    Stream_Faults faults_;
+    Mode mode_ = Mode::Off;
+    int length_ = Default_Frame_Length;
+    Stream_Time started_{};
+    long next_row_ = 0;
+    long rows_sent_ = 0;
+    long stream_rows_ = 0; // rows of the engine since the box came up, across streams
+};
+
+} // namespace boxsim
