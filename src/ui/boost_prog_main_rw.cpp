@@ -44,7 +44,8 @@ void BoostProgMain::Build_Rw_Panel() {
     rw_->Progress->setObjectName("rw_Progress");
     rw_->Progress->setRange(0, 1);
     rw_->Progress->setValue(0);
-    rw_->Progress->setFormat("%v of %m bytes");
+    // Empty until a transfer gives it a total: "0 of 1 bytes" would mean nothing to a tuner.
+    rw_->Progress->setFormat("");
     grid->addWidget(rw_->Progress, 5, 0, 1, 3);
     rw_->Timer_label = new QLabel(box);
     rw_->Timer_label->setObjectName("Timer_label");
@@ -89,6 +90,7 @@ void BoostProgMain::Run_Settings(void (*procedure)(Settings_Context&)) {
     hooks.Progress = [this](int done, int total) {
         if (rw_->Progress == nullptr) return;
         rw_->Progress->setRange(0, total > 0 ? total : 1);
+        rw_->Progress->setFormat(total > 0 ? "%v of %m bytes" : "");
         rw_->Progress->setValue(done);
         // Painted now: a read holds the event loop while it waits for the box.
         rw_->Progress->repaint();

@@ -2,6 +2,7 @@
 // info shows the box, the manual port buttons, and the preferences offer the simulator.
 
 #include "support/boxsim_run.h"
+#include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
@@ -21,13 +22,7 @@ namespace {
 class Main_Window_Link : public ::testing::Test {
 protected:
     std::unique_ptr<ui::BoostProgMain> Start(const std::string& port) {
-        ui::Start_Options options;
-        options.app_path = dir.Slash();
-        options.port = port;
-        auto window = std::make_unique<ui::BoostProgMain>(options);
-        window->Use_Dialogs(&dialogs);
-        window->Form_Load();
-        return window;
+        return test::Start_Main_Window(dir, dialogs, test::On_Port(port));
     }
     QString Caption(ui::BoostProgMain& w, const char* name) { return w.findChild<QAction*>(name)->text(); }
     std::string Log() { return test::Read_File(dir.File("Debug_file.log")); }

@@ -3,6 +3,7 @@
 
 #include "logging/log_state.h"
 #include "support/boxsim_run.h"
+#include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
@@ -28,16 +29,9 @@ using test::Write_File;
 class LogWindow : public ::testing::Test {
 protected:
     std::unique_ptr<ui::BoostProgMain> Start(const std::string& port = {}) {
-        for (const char* name :
-             {"RZ400_800M3.ini", "RZ400_800M3_Default_Settings.qxs", Default_Log_Settings_File_Name})
-            Write_File(dir.File(name), Read_File(std::string(QUORLEN_DATA_DIR) + "/" + name));
-        ui::Start_Options options;
-        options.app_path = dir.Slash();
-        options.port = port;
-        auto window = std::make_unique<ui::BoostProgMain>(options);
-        window->Use_Dialogs(&dialogs);
-        window->Form_Load();
-        return window;
+        test::Copy_Shipped_Data(
+            dir, {"RZ400_800M3.ini", "RZ400_800M3_Default_Settings.qxs", Default_Log_Settings_File_Name});
+        return test::Start_Main_Window(dir, dialogs, test::On_Port(port));
     }
     std::string Log() { return Read_File(dir.File("Debug_file.log")); }
 

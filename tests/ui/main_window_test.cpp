@@ -1,6 +1,7 @@
 // The main window driven as a person would, offscreen: start-up order, title, diagnostics,
 // child forms that hide, and both ways out.
 
+#include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
@@ -26,17 +27,7 @@ using test::Write_File;
 
 class MainWindow : public ::testing::Test {
 protected:
-    std::unique_ptr<ui::BoostProgMain> Start() {
-        ui::Start_Options options;
-        options.app_path = dir.Slash();
-        auto window = std::make_unique<ui::BoostProgMain>(options);
-        window->Use_Dialogs(&dialogs);
-        window->Form_Load();
-        return window;
-    }
-    void Copy_Shipped(const std::string& name) {
-        Write_File(dir.File(name), Read_File(std::string(QUORLEN_DATA_DIR) + "/" + name));
-    }
+    std::unique_ptr<ui::BoostProgMain> Start() { return test::Start_Main_Window(dir, dialogs); }
     std::string Log() { return Read_File(dir.File("Debug_file.log")); }
 
     Temp_Dir dir;
@@ -72,8 +63,7 @@ TEST_F(MainWindow, EmptyProgramFolderComesUpAndLeavesByTheMenuWithoutErrors) {
 }
 
 TEST_F(MainWindow, ShippedDataLoadsTheDefaultFileButTheTitleSaysNew1AndTheCloseBoxLeavesCleanly) {
-    Copy_Shipped("RZ400_800M3.ini");
-    Copy_Shipped("RZ400_800M3_Default_Settings.qxs");
+    test::Copy_Shipped_Data(dir);
     auto window = Start();
     EXPECT_TRUE(dialogs.informed.empty());
     EXPECT_EQ(window->windowTitle(), "VELMORA RZ400/RZ800M3 Interface Software - New1.qxs");

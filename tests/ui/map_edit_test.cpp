@@ -4,6 +4,7 @@
 // surface view are saved there as PNG (the surface only where OpenGL is at hand, as under
 // xvfb-run).
 
+#include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "tables/map_colours.h"
@@ -43,14 +44,8 @@ using test::Write_File;
 class MapEdit : public ::testing::Test {
 protected:
     void SetUp() override {
-        for (const char* name : {"RZ400_800M3.ini", "RZ400_800M3_Default_Settings.qxs"})
-            Write_File(dir.File(name), Read_File(std::string(QUORLEN_DATA_DIR) + "/" + name));
-        ui::Start_Options options;
-        options.app_path = dir.Slash();
-        options.unattended = true;
-        window = std::make_unique<ui::BoostProgMain>(options);
-        window->Use_Dialogs(&dialogs);
-        window->Form_Load();
+        test::Copy_Shipped_Data(dir);
+        window = test::Start_Main_Window(dir, dialogs, test::Unattended());
         window->resize(1280, 860);
         window->show();
         Open_Tab(2, "SSTab_Fuel", 0); // the fuel map, 19 x 18 on the shipped image

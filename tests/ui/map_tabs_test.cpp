@@ -1,6 +1,7 @@
 // The Ignition, Fuel and PWM tabs driven by their objectNames, offscreen, on the shipped data.
 // With QUORLEN_SCREENSHOT_DIR set, each tab page is also saved there as a PNG.
 
+#include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
@@ -29,14 +30,8 @@ using test::Write_File;
 class MapTabs : public ::testing::Test {
 protected:
     void SetUp() override {
-        for (const char* name : {"RZ400_800M3.ini", "RZ400_800M3_Default_Settings.qxs"})
-            Write_File(dir.File(name), Read_File(std::string(QUORLEN_DATA_DIR) + "/" + name));
-        ui::Start_Options options;
-        options.app_path = dir.Slash();
-        options.unattended = true;
-        window = std::make_unique<ui::BoostProgMain>(options);
-        window->Use_Dialogs(&dialogs);
-        window->Form_Load();
+        test::Copy_Shipped_Data(dir);
+        window = test::Start_Main_Window(dir, dialogs, test::Unattended());
     }
     void TearDown() override { window->close(); }
 
