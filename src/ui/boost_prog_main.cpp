@@ -383,7 +383,9 @@ void BoostProgMain::Form_Load() {
 }
 
 void BoostProgMain::Form_Activate() {
-    if (app_.program.Autoguide != 1) return;
+    // An activation that arrives after a shutdown began must not bring up a window that
+    // would then keep the program alive.
+    if (app_.program.Autoguide != 1 || app_.program.Closing) return;
     QWidget* dialog = Form("Autoguide_startup_Dialog");
     dialog->show();
     dialog->raise();

@@ -110,6 +110,16 @@ TEST_F(MainWindow, AutoguideQuestionComesOnceAndInTheChosenLanguage) {
     window->close();
 }
 
+TEST_F(MainWindow, AnActivationAfterExitBringsUpNothingThatWouldKeepTheProgramAlive) {
+    Write_File(dir.File("RZ400_800M3.ini"), "Autoguide=1\r\n");
+    auto window = Start();
+    window->File_exit_Click();
+    window->Form_Activate();
+    EXPECT_FALSE(window->Form_Exists("Autoguide_startup_Dialog"));
+    for (QWidget* w : QApplication::topLevelWidgets())
+        EXPECT_FALSE(w->isVisible()) << w->objectName().toStdString();
+}
+
 TEST_F(MainWindow, StartsWithoutADiagnosticsLogWhenItCannotBeOpened) {
     // A folder in the log's place stands for any log that cannot be opened (a read-only
     // program folder, a full disk): root may write anywhere, so a permission test would not.
