@@ -25,7 +25,8 @@ private:
 
 // The value of the option args[i]: "--name=VALUE" (then `name` loses "=VALUE") or
 // "--name VALUE" (then `i` moves on to the value). Empty when none is given.
-inline std::string Take_Option_Value(const std::vector<std::string>& args, std::size_t& i, std::string& name) {
+inline std::string Take_Option_Value(const std::vector<std::string>& args, std::size_t& i,
+                                     std::string& name) {
     if (auto eq = name.find('='); eq != std::string::npos) {
         std::string value = name.substr(eq + 1);
         name.resize(eq);
