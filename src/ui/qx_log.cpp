@@ -352,28 +352,31 @@ void QX_Log::Sync_Timers() {
     timer(Receive_Timer_, cap.Logging_Running, 0);
 }
 
+std::array<std::pair<QLineEdit*, std::string*>, 14> QX_Log::Setting_Fields() {
+    Log_Setup& s = state_->setup;
+    return {{{txt_Speed_, &s.txt_Speed},
+             {txt_RPM_, &s.txt_RPM},
+             {txt_Weight_, &s.txt_Weight},
+             {txt_Max_Hp_, &s.txt_Max_Hp},
+             {txt_Min_Hp_, &s.txt_Min_Hp},
+             {txt_AirResistance_, &s.txt_AirResistance},
+             {txt_FrontalArea_, &s.txt_FrontalArea},
+             {txt_AirDensity_, &s.txt_AirDensity},
+             {txt_Transloss_0k_, &s.txt_Transloss_0k},
+             {txt_Transloss_6k_, &s.txt_Transloss_6k},
+             {txt_FuelInjectorSize_, &s.txt_FuelInjectorSize},
+             {txt_Default_Save_Name_, &s.txt_Default_Save_Name},
+             {txt_Show_Log_Sek_, &s.txt_Show_Log_Sek},
+             {txt_Show_Log_Interval_, &s.txt_Show_Log_Interval}}};
+}
+
 void QX_Log::Show_Settings() {
     syncing_ = true;
     const Log_Setup& s = state_->setup;
     for (int g = 1; g <= 6; ++g)
         txt_Gearing_[g]->setText(From_8bit(s.txt_Gearing[static_cast<std::size_t>(g)]));
     Gear_option_->setCurrentIndex(std::clamp(s.Gear_option, 1, 6) - 1);
-    const std::pair<QLineEdit*, const std::string*> fields[] = {
-        {txt_Speed_, &s.txt_Speed},
-        {txt_RPM_, &s.txt_RPM},
-        {txt_Weight_, &s.txt_Weight},
-        {txt_Max_Hp_, &s.txt_Max_Hp},
-        {txt_Min_Hp_, &s.txt_Min_Hp},
-        {txt_AirResistance_, &s.txt_AirResistance},
-        {txt_FrontalArea_, &s.txt_FrontalArea},
-        {txt_AirDensity_, &s.txt_AirDensity},
-        {txt_Transloss_0k_, &s.txt_Transloss_0k},
-        {txt_Transloss_6k_, &s.txt_Transloss_6k},
-        {txt_FuelInjectorSize_, &s.txt_FuelInjectorSize},
-        {txt_Default_Save_Name_, &s.txt_Default_Save_Name},
-        {txt_Show_Log_Sek_, &s.txt_Show_Log_Sek},
-        {txt_Show_Log_Interval_, &s.txt_Show_Log_Interval}};
-    for (const auto& [edit, text] : fields)
+    for (const auto& [edit, text] : Setting_Fields())
         edit->setText(From_8bit(*text));
     check_SettingsInLogg_->setChecked(s.check_SettingsInLogg != 0);
     check_AutoSave_->setChecked(s.check_AutoSave != 0);
@@ -386,21 +389,7 @@ void QX_Log::Take_Settings() {
     for (int g = 1; g <= 6; ++g)
         s.txt_Gearing[static_cast<std::size_t>(g)] = To_8bit(txt_Gearing_[g]->text());
     s.Gear_option = Gear_option_->currentIndex() + 1;
-    const std::pair<QLineEdit*, std::string*> fields[] = {{txt_Speed_, &s.txt_Speed},
-                                                          {txt_RPM_, &s.txt_RPM},
-                                                          {txt_Weight_, &s.txt_Weight},
-                                                          {txt_Max_Hp_, &s.txt_Max_Hp},
-                                                          {txt_Min_Hp_, &s.txt_Min_Hp},
-                                                          {txt_AirResistance_, &s.txt_AirResistance},
-                                                          {txt_FrontalArea_, &s.txt_FrontalArea},
-                                                          {txt_AirDensity_, &s.txt_AirDensity},
-                                                          {txt_Transloss_0k_, &s.txt_Transloss_0k},
-                                                          {txt_Transloss_6k_, &s.txt_Transloss_6k},
-                                                          {txt_FuelInjectorSize_, &s.txt_FuelInjectorSize},
-                                                          {txt_Default_Save_Name_, &s.txt_Default_Save_Name},
-                                                          {txt_Show_Log_Sek_, &s.txt_Show_Log_Sek},
-                                                          {txt_Show_Log_Interval_, &s.txt_Show_Log_Interval}};
-    for (const auto& [edit, text] : fields)
+    for (const auto& [edit, text] : Setting_Fields())
         *text = To_8bit(edit->text());
     s.check_SettingsInLogg = check_SettingsInLogg_->isChecked() ? 1 : 0;
     s.check_AutoSave = check_AutoSave_->isChecked() ? 1 : 0;

@@ -6,9 +6,11 @@
 #include "logging/log_context.h"
 #include "ui/child_form.h"
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 class QButtonGroup;
 class QCheckBox;
@@ -80,6 +82,8 @@ private:
     void Sync();
     void Sync_Timers();
     void Show_Settings();
+    // The car-setting text boxes and the setting each one edits.
+    std::array<std::pair<QLineEdit*, std::string*>, 14> Setting_Fields();
     void Take_Settings();
     void Fill_Signals();
     void Update_Chart();

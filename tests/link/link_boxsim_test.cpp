@@ -179,9 +179,3 @@ TEST_F(Session, PortsThatCannotBeOpenedSayWhy) {
 
 } // namespace
 } // namespace quorlen
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv); // the serial port's notifiers want one
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

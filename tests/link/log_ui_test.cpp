@@ -98,10 +98,3 @@ TEST_F(LogWindow, ALogPickedInTheSettingsDialogGivesItsSettings) {
 
 } // namespace
 } // namespace quorlen
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

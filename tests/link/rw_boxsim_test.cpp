@@ -355,9 +355,3 @@ TEST_F(Settings_Link, CommandLineReadVerifyWriteAndTheErrorCounters) {
 
 } // namespace
 } // namespace quorlen
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv); // the serial port's notifiers want one
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -105,10 +105,3 @@ TEST(Main_Window_Settings, ReadWriteAndClearTheErrorCounters) {
 
 } // namespace
 } // namespace quorlen
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

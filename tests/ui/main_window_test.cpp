@@ -133,11 +133,3 @@ TEST_F(MainWindow, StartsWithoutADiagnosticsLogWhenItCannotBeOpened) {
 
 } // namespace
 } // namespace quorlen
-
-int main(int argc, char** argv) {
-    // Offscreen unless the caller names a platform (xcb under xvfb-run draws OpenGL views).
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -1,0 +1,12 @@
+// main() of the test programs that talk to the simulator: QSerialPort's notifiers want an
+// application object.
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
