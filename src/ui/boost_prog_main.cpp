@@ -470,6 +470,7 @@ void BoostProgMain::Form_Unload() {
     if (unloaded_) return;
     unloaded_ = true;
     Save_Display_Window_Size();
+    Save_Log_Window_Size();
     app_.program.Closing = true;
     Label_Notification_->setText("Remove Mapchip from reader to close the program");
     Label_Notification_->setVisible(true);
@@ -479,28 +480,50 @@ void BoostProgMain::Form_Unload() {
     app_.log.Close();
 }
 
-void BoostProgMain::Get_Default_Window_Size() {
-    auto saved = Parse_Window_Size(app_.ini.Read_Ini("Main_Window_Size"));
-    if (!saved) return;
+namespace {
+
+void Apply_Window_Size(QWidget* window, const std::string& saved_value) {
+    auto saved = Parse_Window_Size(saved_value);
+    if (!saved || window == nullptr) return;
     if (saved->width > 0 && saved->height > 0)
-        resize(saved->width / Twips_Per_Pixel, saved->height / Twips_Per_Pixel);
-    move(saved->left / Twips_Per_Pixel, saved->top / Twips_Per_Pixel);
-    if (saved->state == 2) setWindowState(windowState() | Qt::WindowMaximized);
+        window->resize(saved->width / Twips_Per_Pixel, saved->height / Twips_Per_Pixel);
+    window->move(saved->left / Twips_Per_Pixel, saved->top / Twips_Per_Pixel);
+    if (saved->state == 2) window->setWindowState(window->windowState() | Qt::WindowMaximized);
 }
 
-void BoostProgMain::Save_Display_Window_Size() {
-    Proc_Guard guard(app_.log, "Save display window size");
+Window_Size Current_Window_Size(const QWidget& window) {
     Window_Size current;
-    current.state = isMinimized() ? 1 : isMaximized() ? 2 : 0;
-    QRect g = normalGeometry().isValid() ? normalGeometry() : geometry();
+    current.state = window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0;
+    QRect g = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
     current.width = g.width() * Twips_Per_Pixel;
     current.height = g.height() * Twips_Per_Pixel;
     current.left = g.x() * Twips_Per_Pixel;
     current.top = g.y() * Twips_Per_Pixel;
+    return current;
+}
+
+} // namespace
+
+void BoostProgMain::Get_Default_Window_Size() {
+    Apply_Window_Size(this, app_.ini.Read_Ini("Main_Window_Size"));
+    // The live display joins here with its own key when it lands.
+    if (Form_Exists("QX_Log")) Apply_Window_Size(Form("QX_Log"), app_.ini.Read_Ini("Log_Window_Size"));
+}
+
+void BoostProgMain::Save_Window_Size(const QWidget& window, const char* key, const char* procedure) {
+    Proc_Guard guard(app_.log, procedure);
     guard.Step([&] {
-        auto value = Window_Size_To_Save(current, app_.ini.Read_Ini("Main_Window_Size"));
-        if (value) app_.ini.Write_Ini("Main_Window_Size", *value);
+        auto value = Window_Size_To_Save(Current_Window_Size(window), app_.ini.Read_Ini(key));
+        if (value) app_.ini.Write_Ini(key, *value);
     });
+}
+
+void BoostProgMain::Save_Display_Window_Size() {
+    Save_Window_Size(*this, "Main_Window_Size", "Save display window size");
+}
+
+void BoostProgMain::Save_Log_Window_Size() {
+    if (Form_Exists("QX_Log")) Save_Window_Size(*Form("QX_Log"), "Log_Window_Size", "Save log window size");
 }
 
 // --- views ------------------------------------------------------------------------------

@@ -120,6 +120,8 @@ private:
     void Form_Unload();
     void Get_Default_Window_Size();
     void Save_Display_Window_Size();
+    void Save_Log_Window_Size();
+    void Save_Window_Size(const QWidget& window, const char* key, const char* procedure);
     void Set_Command_Buttons_Enabled(bool enabled);
     Settings_File_Context File_Context();
     void Dummy_Wait(int milliseconds);

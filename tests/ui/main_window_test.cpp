@@ -72,6 +72,10 @@ TEST_F(MainWindow, ShippedDataLoadsTheDefaultFileButTheTitleSaysNew1AndTheCloseB
     window->close();
     EXPECT_TRUE(window->App().program.Closing);
     EXPECT_EQ(Log().find("Error in "), std::string::npos);
+    // Both windows' places are kept for the next start.
+    std::string ini = Read_File(dir.File("RZ400_800M3.ini"));
+    EXPECT_NE(ini.find("Main_Window_Size="), std::string::npos);
+    EXPECT_NE(ini.find("Log_Window_Size="), std::string::npos);
 }
 
 TEST_F(MainWindow, PrefsFormHidesOnCloseAndKeepsItsValues) {
