@@ -1,6 +1,8 @@
 #pragma once
 // Small pieces every command of quorlen-cli that talks to a box needs.
 
+#include "core/text.h"
+
 #include <QCoreApplication>
 
 #include <memory>
@@ -33,6 +35,14 @@ inline std::string Take_Option_Value(const std::vector<std::string>& args, std::
         return value;
     }
     return i + 1 < args.size() ? args[++i] : std::string();
+}
+
+// A multi-line text of the program (CR LF, blank lines between) as printed lines.
+inline std::string Lines_Of(const std::string& text) {
+    std::string lines;
+    for (const std::string& line : Split_Lines(text))
+        if (!line.empty()) lines += line + "\n";
+    return lines;
 }
 
 } // namespace quorlen::cli

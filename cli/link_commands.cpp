@@ -21,13 +21,6 @@ namespace quorlen::cli {
 
 namespace {
 
-std::string Lines_Of(const std::string& text) {
-    std::string lines;
-    for (const std::string& line : Split_Lines(text))
-        if (!line.empty()) lines += line + "\n";
-    return lines;
-}
-
 // "--port PATH" or "--port=PATH", and "--baud" alike; false, with a message, on anything else.
 bool Parse(const std::vector<std::string>& args, std::string& port, std::string& baud, std::FILE* err) {
     for (std::size_t i = 1; i < args.size(); ++i) {

@@ -23,13 +23,6 @@ namespace quorlen::cli {
 
 namespace {
 
-std::string Lines_Of(const std::string& text) {
-    std::string lines;
-    for (const std::string& line : Split_Lines(text))
-        if (!line.empty()) lines += line + "\n";
-    return lines;
-}
-
 // A terminal's stand-in for the message boxes: messages go to the output; questions are
 // answered as a tuner who asked for the command would, and said on the error stream.
 class Cli_Dialogs final : public User_Dialogs {

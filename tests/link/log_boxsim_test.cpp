@@ -12,6 +12,7 @@
 #include "logging/log_file.h"
 #include "logging/log_signals.h"
 #include "support/boxsim_run.h"
+#include "support/cli_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 
@@ -46,19 +47,9 @@ int Gaps(const std::vector<int>& counters) {
 }
 
 std::string Run_Cli(const std::vector<std::string>& args, int& status) {
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    status = cli::Run(args, out, err);
-    std::string text;
-    for (std::FILE* f : {out, err}) {
-        std::rewind(f);
-        char buffer[4096];
-        std::size_t n;
-        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-            text.append(buffer, n);
-        std::fclose(f);
-    }
-    return text;
+    test::Cli_Result r = test::Run_Cli(args);
+    status = r.code;
+    return r.out + r.err;
 }
 
 class LogRecording : public ::testing::TestWithParam<bool> {

@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "link/error_codes.h"
+#include "support/cli_run.h"
 #include "support/settings_session.h"
 
 #include <QCoreApplication>
@@ -291,22 +292,8 @@ TEST(Write_Faults, EveryWriteEndsVerifiedOrAbortedAndLosesNoEdit) {
 
 // --- the command-line tool ------------------------------------------------------------
 
-struct Cli_Result {
-    int code;
-    std::string out;
-};
-
-Cli_Result Cli(const std::vector<std::string>& args) {
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    const int code = cli::Run(args, out, err);
-    std::string text;
-    std::rewind(out);
-    for (int c; (c = std::fgetc(out)) != EOF;)
-        text += static_cast<char>(c);
-    std::fclose(out);
-    std::fclose(err);
-    return {code, text};
+test::Cli_Result Cli(const std::vector<std::string>& args) {
+    return test::Run_Cli(args);
 }
 
 TEST_F(Settings_Link, CommandLineReadVerifyWriteAndTheErrorCounters) {

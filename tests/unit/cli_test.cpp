@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "files/qxs_format.h"
+#include "support/cli_run.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -12,26 +13,8 @@ namespace {
 using test::Temp_Dir;
 using test::Write_File;
 
-struct Run_Result {
-    int code;
-    std::string out;
-    std::string err;
-};
-
-Run_Result Cli(const std::vector<std::string>& args) {
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    int code = cli::Run(args, out, err);
-    auto text = [](std::FILE* f) {
-        std::string s;
-        std::rewind(f);
-        int c;
-        while ((c = std::fgetc(f)) != EOF)
-            s += static_cast<char>(c);
-        std::fclose(f);
-        return s;
-    };
-    return {code, text(out), text(err)};
+test::Cli_Result Cli(const std::vector<std::string>& args) {
+    return test::Run_Cli(args);
 }
 
 TEST(Cli, QxsCheckPrintsDatasetChecksumAndCommentLines) {

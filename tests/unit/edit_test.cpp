@@ -3,6 +3,8 @@
 
 #include "cli/commands.h"
 #include "files/settings_files.h"
+#include "support/cli_run.h"
+#include "support/fresh_tables.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "tables/cell_entry.h"
@@ -17,17 +19,10 @@
 namespace quorlen {
 namespace {
 
-class Edit : public ::testing::Test {
+class Edit : public test::Fresh_Tables {
 protected:
     void SetUp() override {
-        Reset_Sensor_Table(sensors.table);
-        Proc_Guard guard(log, "Init ini file");
-        Add_Sensor_Definition(sensors.table, "AFR\tLinear\t0.0392157\t10\t0\t255\tAFR\t1\tbin\t", guard);
-        Add_Sensor_Definition(sensors.table, "MAP\tLinear\t0.01\t0\t0\t255\tbar\t2\tbin\t", guard);
-        for (int i = 1; i <= 12; ++i)
-            sensors.inputs.An_Sel[static_cast<std::size_t>(i)] = i == 1 ? 1 : 2;
-        Init_Cardbyte(image, log);
-        Update_Tabs(ctx);
+        Fresh_Tables::SetUp();
         Update_All(ctx);
         image.ChangedByte.fill(0);
     }
@@ -42,12 +37,6 @@ protected:
     }
     Key_Outcome Type_Fuel(Grid_Selection& sel, int key) { return Fuel_3D_Grid_KeyDown(ctx, sel, key, hooks); }
 
-    Debug_Log log;
-    Settings_Image image;
-    Sensor_State sensors;
-    Tables_State tables;
-    test::Scripted_Dialogs dialogs;
-    Tables_Context ctx{image, sensors, tables, log, dialogs};
     int hooks_run = 0;
     Edit_Hooks hooks{[this] {
                          ++hooks_run;
@@ -482,16 +471,9 @@ TEST_F(Edit, TheButtonsServeTheTableOnShowAndTheSurfaceHasItsWords) {
 // --- the command line ---------------------------------------------------------------------
 
 int Cli(const std::vector<std::string>& args, std::string* out_text = nullptr) {
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    int code = cli::Run(args, out, err);
-    std::rewind(out);
-    if (out_text != nullptr)
-        for (int c; (c = std::fgetc(out)) != EOF;)
-            *out_text += static_cast<char>(c);
-    std::fclose(out);
-    std::fclose(err);
-    return code;
+    test::Cli_Result r = test::Run_Cli(args);
+    if (out_text != nullptr) *out_text += r.out;
+    return r.code;
 }
 
 TEST(Edit_Command, RunsEachOperationAsItsButtonAndSavesTheResult) {

@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "files/qxs_format.h"
 #include "files/settings_files.h"
+#include "support/cli_run.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -14,25 +15,8 @@ namespace {
 using test::Temp_Dir;
 using test::Write_File;
 
-struct Shown {
-    int code;
-    std::string out;
-    std::string err;
-};
-
-Shown Cli(const std::vector<std::string>& args) {
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    int code = cli::Run(args, out, err);
-    auto text = [](std::FILE* f) {
-        std::string s;
-        std::rewind(f);
-        for (int c; (c = std::fgetc(f)) != EOF;)
-            s += static_cast<char>(c);
-        std::fclose(f);
-        return s;
-    };
-    return {code, text(out), text(err)};
+test::Cli_Result Cli(const std::vector<std::string>& args) {
+    return test::Run_Cli(args);
 }
 
 std::vector<std::vector<std::string>> Grid(const std::string& text) {
@@ -59,7 +43,9 @@ protected:
         Write_File(dir.File("t.qxs"), Format_Qxs(bytes, "test"));
         return dir.File("t.qxs");
     }
-    Shown Table(const std::string& name) { return Cli({"show", Save(), "--table", name, "--ini", ini}); }
+    test::Cli_Result Table(const std::string& name) {
+        return Cli({"show", Save(), "--table", name, "--ini", ini});
+    }
 
     Temp_Dir dir;
     std::string ini;
@@ -68,7 +54,7 @@ protected:
 };
 
 TEST_F(Show, TheShippedMapsPrintAsTheGridsShowThemWithoutRepairs) {
-    Shown r = Cli({"show", shipped, "--table", "fuel", "--ini", ini});
+    test::Cli_Result r = Cli({"show", shipped, "--table", "fuel", "--ini", ini});
     EXPECT_EQ(r.code, 0);
     EXPECT_EQ(r.err, "");
     auto grid = Grid(r.out);
@@ -122,7 +108,7 @@ TEST_F(Show, RepairsAreReportedOnStderrInTheMessageWords) {
     bytes[257] = 3;
     bytes[258] = 6;
     bytes[186] = 9;
-    Shown r = Table("fuel");
+    test::Cli_Result r = Table("fuel");
     EXPECT_EQ(r.code, 0);
     EXPECT_EQ(r.err,
               "Some errors in Fuel RPM table was automatically corrected. Double check and save the file\n"
@@ -139,7 +125,7 @@ TEST_F(Show, ParametersPrintTheirTextAndUnit) {
     EXPECT_EQ(Cli({"show", file, "--param", "17", "--ini", ini}).out, "16000\trpm\n");
     EXPECT_EQ(Cli({"show", file, "--param", "79", "--ini", ini}).out, "0.816\tms\n");
     EXPECT_EQ(Cli({"show", file, "--param", "13", "--ini", ini}).out, "15.0\tdeg\n");
-    Shown raw = Cli({"show", file, "--param", "300", "--ini", ini});
+    test::Cli_Result raw = Cli({"show", file, "--param", "300", "--ini", ini});
     EXPECT_EQ(raw.out, std::to_string(bytes[300]) + "\t\n");
     EXPECT_NE(raw.err.find("no scaling"), std::string::npos);
 }
@@ -149,7 +135,7 @@ TEST_F(Show, BadArgumentsAndFiles) {
     EXPECT_EQ(Cli({"show", shipped}).code, 2);
     EXPECT_EQ(Cli({"show", shipped, "--param", "1025"}).code, 2);
     Write_File(dir.File("bad.qxs"), "hello");
-    Shown r = Cli({"show", dir.File("bad.qxs"), "--table", "fuel", "--ini", ini});
+    test::Cli_Result r = Cli({"show", dir.File("bad.qxs"), "--table", "fuel", "--ini", ini});
     EXPECT_EQ(r.code, 1);
     EXPECT_NE(r.err.find("Not a valid qxs-file"), std::string::npos);
     EXPECT_NE(Cli({"--help"}).out.find("show FILE --table NAME"), std::string::npos);

@@ -1,4 +1,5 @@
 #include "files/settings_files.h"
+#include "support/fresh_tables.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "tables/map_tables.h"
@@ -11,28 +12,9 @@ namespace {
 
 using test::Scripted_Dialogs;
 
-// A fresh stand-alone image with the MAP sensor on input 3, the table state as the program
-// has it after start.
-class Tables : public ::testing::Test {
+class Tables : public test::Fresh_Tables {
 protected:
-    void SetUp() override {
-        Reset_Sensor_Table(sensors.table);
-        Proc_Guard guard(log, "Init ini file");
-        Add_Sensor_Definition(sensors.table, "AFR\tLinear\t0.0392157\t10\t0\t255\tAFR\t1\tbin\t", guard);
-        Add_Sensor_Definition(sensors.table, "MAP\tLinear\t0.01\t0\t0\t255\tbar\t2\tbin\t", guard);
-        for (int i = 1; i <= 12; ++i)
-            sensors.inputs.An_Sel[static_cast<std::size_t>(i)] = i == 1 ? 1 : 2;
-        Init_Cardbyte(image, log);
-        Update_Tabs(ctx);
-    }
     std::string Text(Table_Id id, int row, int col) { return Grid_Text(ctx, id, row, col); }
-
-    Debug_Log log;
-    Settings_Image image;
-    Sensor_State sensors;
-    Tables_State tables;
-    Scripted_Dialogs dialogs;
-    Tables_Context ctx{image, sensors, tables, log, dialogs};
 };
 
 TEST_F(Tables, CellCodingOfTheMapsAndTheFirstCompensation) {
