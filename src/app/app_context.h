@@ -5,6 +5,7 @@
 #include "core/debug_log.h"
 #include "core/ini_file.h"
 #include "core/program_state.h"
+#include "engine/engine_catalogue.h"
 #include "files/presets.h"
 #include "image/scaling.h"
 #include "image/settings_image.h"
@@ -39,6 +40,7 @@ struct App_Context {
     Sensor_State sensors;
     Tables_State tables;
     Scroll_Limits scroll_limits;
+    Engine_Config_State engine;
     Preset_Table PresetList;
     int User_Preset = 0;
     Prefs_State prefs;
