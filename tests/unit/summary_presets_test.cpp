@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 using namespace quorlen;
 using quorlen::test::Temp_Dir;
 
@@ -176,4 +178,25 @@ TEST(RichText, ReaderKeepsTextOfForeignDocuments) {
         "\\u233\\'e9t\\u8364 ?\\par}";
     EXPECT_EQ(Rtf_To_Text(rtf), "Line\tone\r\n\xE9t?\r\n");
     EXPECT_EQ(Rtf_To_Text("plain words\r\n"), "plain words\r\n");
+}
+
+TEST(RichText, AnyTextOfTheProgramRoundTripsAndNoInputBreaksTheReader) {
+    std::mt19937 random(12);
+    const std::string alphabet = std::string("ab Z09\\{}\t;*'") + "\xE9\xA3\x80\xFF";
+    for (int n = 0; n < 500; ++n) {
+        std::string text;
+        const int length = static_cast<int>(random() % 60);
+        for (int i = 0; i < length; ++i) {
+            if (random() % 8 == 0)
+                text += "\r\n";
+            else
+                text += alphabet[random() % alphabet.size()];
+        }
+        ASSERT_EQ(Rtf_To_Text(Text_To_Rtf(text)), text) << n;
+        // Cut short or scrambled, a document still reads to some text.
+        std::string rtf = Text_To_Rtf(text);
+        rtf.resize(random() % (rtf.size() + 1));
+        if (!rtf.empty()) rtf[random() % rtf.size()] = "\\{}'u-"[random() % 6];
+        (void)Rtf_To_Text(rtf);
+    }
 }
