@@ -1,5 +1,6 @@
 #include "files/rtf_text.h"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <vector>
@@ -53,12 +54,31 @@ struct Group {
     int uc = 1; // characters that stand in for a \u character
 };
 
+// The font size in half points at which the widest line fits an A4 page between half-inch
+// margins (Courier New advances 0.6 of its size), from 10 points down to 5.
+int Half_Points_For(std::string_view text) {
+    std::size_t widest = 1, width = 0;
+    for (char c : text) {
+        if (c == '\n') {
+            width = 0;
+            continue;
+        }
+        width += c == '\t' ? 8 - width % 8 : (c == '\r' ? 0 : 1);
+        widest = std::max(widest, width);
+    }
+    constexpr double Line_Points = 595.0 - 2 * 36;
+    const double size = Line_Points / (0.6 * static_cast<double>(widest));
+    return std::clamp(static_cast<int>(size * 2), 10, 20);
+}
+
 } // namespace
 
 std::string Text_To_Rtf(std::string_view text) {
     std::string rtf =
         "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fmodern\\fprq1\\fcharset0 Courier New;}}"
-        "\r\n\\viewkind4\\uc1\\pard\\f0\\fs18 ";
+        "\r\n\\paperw11906\\paperh16838\\margl720\\margr720\\margt720\\margb720"
+        "\r\n\\viewkind4\\uc1\\pard\\f0\\fs" +
+        std::to_string(Half_Points_For(text)) + " ";
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto c = static_cast<unsigned char>(text[i]);
         if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
