@@ -113,7 +113,8 @@ int Set_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE*
             return Usage_Error(err, "'" + s.text + "' is not a value of address " + std::to_string(s.address));
     for (const Assignment& s : a->assignments) {
         const Page_Param& p = *Find_Page_Param(s.address);
-        Scroll_Outcome outcome = scroll_Change(ctx, p.address, *Position_For_Text(ctx, s.address, s.text));
+        int position = *Position_For_Text(ctx, s.address, s.text);
+        Scroll_Outcome outcome = Update_Scroll(ctx, p.address, position);
         std::fprintf(out, "%d\t%s\t%s\t%s\n", p.address, Param_Label(p).c_str(), outcome.shown.text.c_str(),
                      outcome.shown.unit.c_str());
         for (const Page_Message& m : outcome.messages)

@@ -389,6 +389,7 @@ bool Choice_Click(Pages_Context& ctx, std::string_view name, int n, const Choice
     // input the tabs on show.
     bool tables_follow = Starts_With(c->name, "pwm_combo") || std::string_view(c->name) == "Anti_lag_sensor_combo";
     if (tables_follow && hooks.Update_Tabs) guard.Step([&] { hooks.Update_Tabs(); });
+    if (tables_follow && hooks.Show_Right_Tabs) guard.Step([&] { hooks.Show_Right_Tabs(); });
     if (hooks.Update_All) guard.Step([&] { hooks.Update_All(); });
     return true;
 }

@@ -57,13 +57,14 @@ std::string Choice_Text(const Pages_State& pages, const Settings_Image& image, c
 // The hooks a choice may need to run after it writes.
 struct Choice_Hooks {
     std::function<void()> Update_Tabs;
+    std::function<void()> Show_Right_Tabs;
     std::function<void()> Update_All;
 };
 
 // The user chose item n of choice `name`: the field takes n (undo snapshot first, the byte
-// marked changed when it differs), then what the choice runs besides: the PWM signal
-// selections rerun the tables (Update_Tabs and Update_All), the anti-lag input runs
-// Update_Tabs, every choice ends with Update_All. Returns false for an unknown name or an n
+// marked changed when it differs), then what the choice runs besides: a PWM signal selection
+// or the anti-lag input changes what the tables are, so Update_Tabs and Show_Right_Tabs run;
+// every choice ends with Update_All. Returns false for an unknown name or an n
 // that does not fit the field.
 bool Choice_Click(Pages_Context& ctx, std::string_view name, int n, const Choice_Hooks& hooks);
 

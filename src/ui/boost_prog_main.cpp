@@ -429,6 +429,7 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
         hooks.Update_All = [this] { Update_All(); };
         hooks.Update_Tabs = [this] { Update_Tabs(); };
+        hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
         hooks.Clear_Err_Counters = [this] { Clear_Err_Counters_cmd_Click(); };
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {

@@ -128,6 +128,7 @@ void QX_settings::Choice_Clicked(const Page_Choice& c, int n) {
     Pages_Context ctx = app_.Pages();
     Choice_Hooks hooks;
     hooks.Update_Tabs = hooks_.Update_Tabs;
+    hooks.Show_Right_Tabs = hooks_.Show_Right_Tabs;
     hooks.Update_All = [this] {
         if (hooks_.Update_All)
             hooks_.Update_All();

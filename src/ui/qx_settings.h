@@ -40,6 +40,7 @@ struct QX_settings_Hooks {
     // The main window's refreshes: every change of the image runs Update_All.
     std::function<void()> Update_All;
     std::function<void()> Update_Tabs;
+    std::function<void()> Show_Right_Tabs;
     // Clears the box's error counters and writes them (the main window's routine).
     std::function<void()> Clear_Err_Counters;
 };

@@ -220,6 +220,8 @@ QX_settings::Row& QX_settings::Add_Row(const Page_Param& p, QWidget* parent) {
     row->scroll->setSingleStep(1);
     row->scroll->setPageStep(p.wide ? 100 : std::max(1, (p.max - p.min + 1) / 16));
     row->scroll->setFocusPolicy(Qt::StrongFocus);
+    // Right and Page Up raise the value (a scroll bar's own default runs the other way).
+    row->scroll->setInvertedControls(false);
     // The image takes the value when the thumb is let go; meanwhile the text follows it.
     row->scroll->setTracking(false);
     row->scroll->setMinimumWidth(140);

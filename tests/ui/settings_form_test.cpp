@@ -8,6 +8,8 @@
 #include "ui/boost_prog_main.h"
 #include "ui/qx_settings.h"
 
+#include "image/settings_image.h"
+
 #include <QAction>
 #include <QCheckBox>
 #include <QApplication>
@@ -207,6 +209,119 @@ TEST_F(SettingsForm, EveryParameterLabelStandsOnceAndNamesItsSlider) {
         EXPECT_NE(form->findChild<QLineEdit*>(QStringLiteral("scroll_text_%1").arg(address)), nullptr) << text;
     }
     EXPECT_EQ(found.size(), std::size(Page_Labels));
+}
+
+TEST_F(SettingsForm, SlidersWriteTheImageMarkItAndStepBackWithUndo) {
+    Settings_Image& image = Image();
+    image.ChangedByte.fill(0);
+    window->Update_All();
+    const int level = window->App().undo.UndoIndex;
+    auto* label = Find<QLabel>("scroll_label_21");
+    EXPECT_FALSE(label->font().bold());
+
+    Move(21, 20); // 4.0 ms
+    EXPECT_EQ(image.CardByte[21], 20);
+    EXPECT_EQ(image.ChangedByte[21], Changed_Mark);
+    EXPECT_EQ(Text(21), "4.0");
+    EXPECT_EQ(Unit(21), "ms");
+    EXPECT_EQ(window->App().undo.UndoIndex, level + 1);
+    EXPECT_TRUE(label->font().bold()); // changed and not yet written
+    EXPECT_EQ(Scroll(21)->toolTip(), "Address 21, byte 20 (0x14)");
+    EXPECT_TRUE(dialogs.warned.empty());
+
+    // The keyboard moves it a step, a page, and the warning above 5 ms comes with a stop sign.
+    Scroll(21)->setFocus();
+    QTest::keyClick(Scroll(21), Qt::Key_Right);
+    EXPECT_EQ(image.CardByte[21], 21);
+    EXPECT_EQ(Text(21), "4.2");
+    QTest::keyClick(Scroll(21), Qt::Key_PageUp);
+    EXPECT_EQ(image.CardByte[21], 24);
+    EXPECT_TRUE(dialogs.warned.empty()); // 4.8 ms
+    Move(21, 25);                        // exactly 5.0 ms
+    EXPECT_TRUE(dialogs.warned.empty());
+    Move(21, 26);
+    ASSERT_EQ(dialogs.warned.size(), 1u);
+    EXPECT_EQ(dialogs.warned[0], "Warning, Dwell time larger than 5 ms could be dangerous. 3 ms is normal");
+    EXPECT_EQ(image.CardByte[21], 26); // the warning leaves the value as set
+    EXPECT_EQ(window->App().undo.UndoIndex, level + 5);
+
+    // A typed value goes to the nearest position.
+    auto* text = Find<QLineEdit>("scroll_text_21");
+    text->setText("3,1");
+    emit text->editingFinished();
+    EXPECT_EQ(image.CardByte[21], 16);
+    EXPECT_EQ(Text(21), "3.2");
+
+    // Edit, Undo steps back through the moves, and the form follows.
+    window->findChild<QAction*>("edit_undo")->trigger();
+    EXPECT_EQ(image.CardByte[21], 26);
+    EXPECT_EQ(Text(21), "5.2");
+    EXPECT_EQ(Scroll(21)->value(), 26);
+
+    // A 16-bit slider writes both bytes.
+    Move(82, 1760);
+    EXPECT_EQ(image.CardByte[82], 1760 & 255);
+    EXPECT_EQ(image.CardByte[83], 1760 >> 8);
+    EXPECT_EQ(Text(82), "1760");
+}
+
+TEST_F(SettingsForm, FuelStartOverTheLimitSaysSoAndKeepsTheByte) {
+    Move(20, 40); // the shipped layout is semi-sequential at 10 degrees a tooth: 36 at most
+    ASSERT_EQ(dialogs.informed.size(), 1u);
+    EXPECT_EQ(dialogs.informed[0],
+              "You run semisequential fuel. You can not select fuel to start later than 1 rev from missing pulse");
+    EXPECT_EQ(Image().CardByte[20], 40);
+    EXPECT_EQ(Image().ChangedByte[20], Changed_Mark);
+    Move(18, 35);
+    EXPECT_FALSE(Find<QLabel>("Forbidden_tooth_label")->isHidden());
+    EXPECT_EQ(Find<QLabel>("Fuel_teeth_recomend")->text(), "Recomended: 10 teeth");
+    Move(18, 4);
+    EXPECT_TRUE(Find<QLabel>("Forbidden_tooth_label")->isHidden());
+}
+
+TEST_F(SettingsForm, ChoicesShowTheirGroupsAndTheTablesFollow) {
+    auto* gearing = Find<QGroupBox>("Gearing_Ignition_Cut_Frame");
+    EXPECT_TRUE(gearing->isHidden());
+    Find<QRadioButton>("Dig2_function_7")->click();
+    EXPECT_EQ(Image().CardByte[182] & 7, 7);
+    EXPECT_FALSE(gearing->isHidden());
+    EXPECT_TRUE(Find<QLabel>("Gearing_Ignition_Cut_Frame_hint")->isHidden());
+
+    EXPECT_TRUE(Find<QGroupBox>("PWM_PID_Frame")->isHidden());
+    Pick("pwm_combo_2", 1); // PWM 1 runs the boost control
+    EXPECT_EQ(Image().CardByte[186] & 15, 1);
+    EXPECT_FALSE(Find<QGroupBox>("PWM_PID_Frame")->isHidden());
+    EXPECT_TRUE(window->App().tables.Pwm1_Boost); // the map tabs took the new function
+    EXPECT_EQ(window->findChild<QTabWidget*>("SSTab_PWM")->tabText(0), "PWM1 Boost control");
+
+    // A digital output's sensor choice and thresholds show with a function that uses them.
+    EXPECT_TRUE(Find<QComboBox>("Digital_sensor_combo_1")->isHidden());
+    Pick("digital_combo_1", 3);
+    EXPECT_FALSE(Find<QComboBox>("Digital_sensor_combo_1")->isHidden());
+    EXPECT_FALSE(Scroll(238)->isHidden());
+    EXPECT_TRUE(Scroll(236)->isHidden());
+    Pick("Digital_sensor_combo_1", 2);
+    EXPECT_EQ(Image().CardByte[235], 0x32);
+    EXPECT_EQ(Unit(238), "bar"); // input 3, the MAP sensor
+    EXPECT_EQ(Find<QComboBox>("digital_combo_1")->toolTip(), "Select MAP table data, as defined in qxcard.ini");
+}
+
+TEST_F(SettingsForm, FindSettingFiltersTheTabsAndJumpsToTheControl) {
+    auto* tabs = Find<QTabWidget>("QX_Settings_SSTab");
+    auto* find = Find<QLineEdit>("Find_Setting_txt");
+    QTest::keyClicks(find, "dwell");
+    EXPECT_TRUE(tabs->isTabVisible(1));
+    EXPECT_FALSE(tabs->isTabVisible(0));
+    EXPECT_FALSE(tabs->isTabVisible(10));
+    EXPECT_TRUE(Scroll(17)->isHidden());
+    EXPECT_FALSE(Scroll(21)->isHidden());
+    QTest::keyClick(find, Qt::Key_Return);
+    EXPECT_EQ(tabs->currentIndex(), 1);
+    EXPECT_EQ(form->focusWidget(), Scroll(21));
+    find->clear();
+    for (int t : {0, 10, 13})
+        EXPECT_TRUE(tabs->isTabVisible(t)) << t;
+    EXPECT_FALSE(Scroll(17)->isHidden());
 }
 
 TEST_F(SettingsForm, ScreenshotsOfEveryTabFitTheScreen) {
