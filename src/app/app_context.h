@@ -40,6 +40,7 @@ struct App_Context {
     Sensor_State sensors;
     Tables_State tables;
     Scroll_Limits scroll_limits;
+    Engine_Config_State engine;
     Pages_State pages;
     Preset_Table PresetList;
     int User_Preset = 0;
@@ -51,7 +52,7 @@ struct App_Context {
 
     Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
     Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs}; }
-    Pages_Context Pages() { return {image, sensors, pages, undo, ini, log}; }
+    Pages_Context Pages() { return {image, sensors, pages, engine, undo, ini, log}; }
 };
 
 } // namespace quorlen

@@ -582,21 +582,15 @@ std::optional<double> Typed_Number(std::string_view typed) {
     return value;
 }
 
-std::string Teeth_Text(double n) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.0f", n);
-    return text;
-}
-
 // The fuel start limit of the layout: two revolutions of teeth with sequential fuel, one
 // with semi-sequential. Nothing to check when the layout gives no tooth angle.
-std::optional<double> Teeth_Limit(const Layout_Facts& layout) {
+std::optional<double> Teeth_Limit(const Engine_Config_State& layout) {
     double d = layout.Config_Tooth_Degrees;
     if (!(d > 0)) return std::nullopt;
     return (layout.Sequential_Fuel ? 2 * 360.0 : 360.0) / d;
 }
 
-const char* Teeth_Limit_Message(const Layout_Facts& layout) {
+const char* Teeth_Limit_Message(const Engine_Config_State& layout) {
     return layout.Sequential_Fuel
                ? "You run sequential fuel. You can not select fuel to start later than 2 revs from missing pulse"
                : "You run semisequential fuel. You can not select fuel to start later than 1 rev from missing pulse";
@@ -604,15 +598,15 @@ const char* Teeth_Limit_Message(const Layout_Facts& layout) {
 
 // The recommendation and the forbidden tooth beside the crank teeth sliders.
 void Teeth_Labels(Pages_Context& ctx, int teeth_51) {
-    const Layout_Facts& layout = Current_Layout(ctx);
-    ctx.pages.Forbidden_tooth_visible =
-        layout.Forbidden_Teeth.find("," + std::to_string(teeth_51) + ",") != std::string::npos;
+    const Engine_Config_State& layout = Current_Layout(ctx);
+    const int row = Engine_Config_Row(ctx.image.CardByte[Engine_Layout_Address]);
+    ctx.pages.Forbidden_tooth_visible = Forbidden_Tooth(layout.Engine_Config_Tab, row, teeth_51);
     auto limit = Teeth_Limit(layout);
     if (!limit || teeth_51 > *limit) return;
-    double d = layout.Config_Tooth_Degrees;
-    double n = Round_Even_Whole(2 * 51 / d + (layout.Sequential_Fuel ? 360 / d : 0));
-    if (n > 720 / d) n -= 720 / d;
-    ctx.pages.Fuel_teeth_recomend = "Recomended: " + Teeth_Text(n) + " teeth";
+    const double d = layout.Config_Tooth_Degrees;
+    int n = Recommended_Fuel_Teeth(d, layout.Sequential_Fuel);
+    if (n > 720 / d) n = static_cast<int>(Round_Even_Whole(n - 720 / d));
+    ctx.pages.Fuel_teeth_recomend = Recommended_Teeth_Text(n);
 }
 
 void Write_Position(Pages_Context& ctx, const Page_Param& p, int v, bool& snapshot_taken) {
@@ -668,30 +662,18 @@ std::string Param_Label(const Page_Param& p) {
     return std::string(row != nullptr ? row->label : "") + ", output " + std::to_string(output + 1);
 }
 
-Layout_Facts Read_Layout_Facts(const Ini_File& ini, int layout_value) {
-    Layout_Facts facts;
-    // Line 1 is the heading; image value e stands on line e + 2.
-    std::string line;
-    if (!ini.Read_Ini("Engine_Config", line, layout_value + 2)) line.clear();
-    if (line.empty()) {
-        facts.Config_Tooth_Degrees = 0;
-        facts.Sequential_Fuel = true;
-        return facts;
+const Engine_Config_State& Current_Layout(Pages_Context& ctx) {
+    if (!ctx.pages.Engine_Tab_Read) {
+        Load_Engine_Config_Tab(ctx.engine.Engine_Config_Tab, ctx.ini);
+        ctx.pages.Engine_Tab_Read = true;
+        ctx.pages.Layout_Row_Taken = -1;
     }
-    line += "\r\n";
-    facts.Config_Tooth_Degrees = Val(Extract_Data(line, 19));
-    facts.Sequential_Fuel = Extract_Data(line, 8).find("Semiseq") == std::string::npos;
-    facts.Forbidden_Teeth = Extract_Data(line, 15);
-    return facts;
-}
-
-const Layout_Facts& Current_Layout(Pages_Context& ctx) {
-    int row = ctx.image.CardByte[6];
-    if (ctx.pages.Layout_Row_Read != row) {
-        ctx.pages.layout = Read_Layout_Facts(ctx.ini, row);
-        ctx.pages.Layout_Row_Read = row;
+    const int row = Engine_Config_Row(ctx.image.CardByte[Engine_Layout_Address]);
+    if (ctx.pages.Layout_Row_Taken != row) {
+        Take_Engine_Row(ctx.engine, row);
+        ctx.pages.Layout_Row_Taken = row;
     }
-    return ctx.pages.layout;
+    return ctx.engine;
 }
 
 Output_Lists Load_Output_Lists(const Ini_File& ini) {
@@ -786,11 +768,11 @@ Scroll_Outcome scroll_Change(Pages_Context& ctx, int address, int v) {
         Write_Position(ctx, *p, v, snapshot);
         out.changed = snapshot;
     });
-    if (ctx.pages.Engine_Config_Busy) return out;
+    if (ctx.engine.Engine_Config_Busy) return out;
 
     guard.Step([&] {
         if (address != 20 && address != 18) return;
-        const Layout_Facts& layout = Current_Layout(ctx);
+        const Engine_Config_State& layout = Current_Layout(ctx);
         auto limit = Teeth_Limit(layout);
         if (limit && v > *limit) out.messages.push_back({Teeth_Limit_Message(layout)});
     });

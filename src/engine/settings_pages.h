@@ -8,6 +8,7 @@
 
 #include "core/debug_log.h"
 #include "core/ini_file.h"
+#include "engine/engine_catalogue.h"
 #include "image/settings_image.h"
 #include "sensors/sensor_defs.h"
 #include "tables/map_tables.h" // Scroll_Shown
@@ -111,13 +112,6 @@ inline constexpr double Dwell_Warning_ms = 5.0;
 
 // --- state -----------------------------------------------------------------------------------
 
-// What the page rules need of the engine layout in use (its catalogue row).
-struct Layout_Facts {
-    double Config_Tooth_Degrees = 10;
-    bool Sequential_Fuel = false;
-    std::string Forbidden_Teeth; // ",0,35," as the catalogue has it
-};
-
 // The lists of the output and input function choices, from the configuration file.
 struct Output_Lists {
     std::vector<std::string> Pwm_Function;    // pwm_combo 1..4
@@ -129,9 +123,8 @@ struct Output_Lists {
 };
 
 struct Pages_State {
-    Layout_Facts layout;
-    int Layout_Row_Read = -1; // CardByte(6) that `layout` was read for; -1 none yet
-    bool Engine_Config_Busy = false;
+    bool Engine_Tab_Read = false; // the layout catalogue is read from the configuration
+    int Layout_Row_Taken = -1;    // the catalogue row the layout state was last taken from
     Output_Lists lists;
     // The texts of the two labels beside the teeth sliders.
     std::string Fuel_teeth_recomend;
@@ -142,16 +135,16 @@ struct Pages_Context {
     Settings_Image& image;
     const Sensor_State& sensors;
     Pages_State& pages;
+    Engine_Config_State& engine;
     Undo_List& undo;
     const Ini_File& ini;
     Debug_Log& log;
 };
 
-// The layout facts of catalogue row CardByte(6) + 1 from the Engine_Config lines of the
-// configuration; a row that is not there gives the defaults.
-Layout_Facts Read_Layout_Facts(const Ini_File& ini, int layout_value);
-// Reads them again when the layout byte has changed since the last read.
-const Layout_Facts& Current_Layout(Pages_Context& ctx);
+// The engine layout that image byte 6 names: the catalogue is read from the configuration
+// the first time, and the tooth angle and the fuel system are taken again whenever the byte
+// names another row.
+const Engine_Config_State& Current_Layout(Pages_Context& ctx);
 
 // The lists of the configuration file; numbered items where the file has none.
 Output_Lists Load_Output_Lists(const Ini_File& ini);
@@ -188,7 +181,8 @@ struct Scroll_Outcome {
 // The user moved slider `address` to `v`, or the program set it. The value is held to the
 // slider's range; a value that differs goes to the image (undo snapshot first, marked
 // changed). Then the rules of the address in their order, the text, and the warnings. A
-// message never undoes the change. While Engine_Config_Busy only the write happens.
+// message never undoes the change. While the engine layout is being filled in
+// (Engine_Config_Busy) only the write happens.
 Scroll_Outcome scroll_Change(Pages_Context& ctx, int address, int v);
 
 // Sets slider `address` and the image from a number; `v` comes back held to the range.

@@ -58,8 +58,9 @@ protected:
     Settings_Image image;
     Sensor_State sensors;
     Pages_State pages;
+    Engine_Config_State engine;
     Undo_List undo;
-    Pages_Context ctx{image, sensors, pages, undo, ini, log};
+    Pages_Context ctx{image, sensors, pages, engine, undo, ini, log};
 };
 
 const char* const Semi_Message =
@@ -218,7 +219,7 @@ TEST_F(Pages, EveryChangeTakesOneUndoLevelBeforeItWrites) {
     Choice_Click(ctx, "Dig1_function", 2, {}); // the same choice again changes nothing
     EXPECT_EQ(undo.UndoIndex, 3);
     // While the engine layout is being filled in, only the write happens.
-    pages.Engine_Config_Busy = true;
+    engine.Engine_Config_Busy = true;
     Byte(6) = 0;
     Scroll_Outcome out = scroll_Change(ctx, 20, 100);
     EXPECT_TRUE(out.messages.empty());
@@ -360,12 +361,15 @@ TEST_F(Pages, CorrectionCurves) {
 }
 
 TEST_F(Pages, LayoutAndListsFromTheConfiguration) {
-    Layout_Facts facts = Read_Layout_Facts(ini, 0);
-    EXPECT_DOUBLE_EQ(facts.Config_Tooth_Degrees, 10);
-    EXPECT_FALSE(facts.Sequential_Fuel);
-    EXPECT_EQ(facts.Forbidden_Teeth, ",0,35,");
-    EXPECT_TRUE(Read_Layout_Facts(ini, 1).Sequential_Fuel);
-    EXPECT_DOUBLE_EQ(Read_Layout_Facts(ini, 40).Config_Tooth_Degrees, 0);
+    // The layout follows image byte 6 whenever it names another row.
+    Byte(6) = 0;
+    EXPECT_DOUBLE_EQ(Current_Layout(ctx).Config_Tooth_Degrees, 10);
+    EXPECT_FALSE(Current_Layout(ctx).Sequential_Fuel);
+    Byte(6) = 1;
+    EXPECT_DOUBLE_EQ(Current_Layout(ctx).Config_Tooth_Degrees, 6);
+    EXPECT_TRUE(Current_Layout(ctx).Sequential_Fuel);
+    Byte(6) = 40;
+    EXPECT_DOUBLE_EQ(Current_Layout(ctx).Config_Tooth_Degrees, 0);
 
     EXPECT_EQ(pages.lists.Digital_Function.size(), 4u);
     EXPECT_EQ(pages.lists.Digital_Needs[1], "fan");
