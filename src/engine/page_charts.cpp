@@ -68,7 +68,7 @@ Page_Chart Digital_Chart(Pages_Context& ctx, int output) {
     Settings_View view = Show_Right_Settings(ctx);
     const bool analog = view.param_visible[static_cast<std::size_t>(base + 3)];
     const bool rpm = view.param_visible[static_cast<std::size_t>(base + 1)];
-    Page_Chart chart{"", "Output", {}};
+    Page_Chart chart{"", "", {}, true};
     if (!analog && !rpm) return chart;
     const int on_address = analog ? base + 3 : base + 1;
     const Page_Param* p = Find_Page_Param(on_address);
@@ -78,7 +78,7 @@ Page_Chart Digital_Chart(Pages_Context& ctx, int output) {
     double x_min = std::strtod(low.text.c_str(), nullptr);
     double x_max = std::strtod(Scroll_Text_At(ctx, *p, 255).text.c_str(), nullptr);
     if (x_max < x_min) std::swap(x_min, x_max);
-    chart.x_title = analog ? "Input [" + low.unit + "]" : "Engine speed [rpm]";
+    chart.x_title = analog ? low.unit : "rpm";
     chart.series.push_back({"On, rising", {x_min, on, on, x_max}, {0, 0, 1, 1}});
     chart.series.push_back({"Off, falling", {x_max, off, off, x_min}, {1, 1, 0, 0}});
     return chart;

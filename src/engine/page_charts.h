@@ -21,6 +21,7 @@ struct Page_Chart {
     std::string x_title;
     std::string y_title;
     std::vector<Page_Series> series;
+    bool on_off = false; // the y values are 0 (off) and 1 (on)
     bool operator==(const Page_Chart&) const = default;
 };
 

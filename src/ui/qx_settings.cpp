@@ -380,7 +380,12 @@ void QX_settings::Show_Chart(Chart& chart, const Page_Chart& curves) {
     chart.x->setRange(x0, x1);
     chart.y->setRange(y0 < 0 ? y0 - pad : y0, y1 + pad);
     chart.x->applyNiceNumbers();
-    chart.y->applyNiceNumbers();
+    if (curves.on_off) {
+        chart.y->setRange(-0.15, 1.15);
+        chart.y->setLabelsVisible(false);
+    } else {
+        chart.y->applyNiceNumbers();
+    }
     chart.x->setTitleText(QString::fromStdString(curves.x_title));
     chart.y->setTitleText(QString::fromStdString(curves.y_title));
 }

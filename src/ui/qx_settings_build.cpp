@@ -375,7 +375,7 @@ void QX_settings::Build_Digital_Outputs(QGroupBox* box) {
         chart_layout->addWidget(Dig_chart_[index]->view);
         grid->addWidget(Dig_chart_frame_[index], 7, col);
         grid->setColumnStretch(col, 1);
-        grid->setColumnMinimumWidth(col, 250);
+        grid->setColumnMinimumWidth(col, 215);
     }
 }
 

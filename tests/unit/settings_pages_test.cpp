@@ -355,7 +355,8 @@ TEST_F(Pages, CorrectionCurves) {
     ASSERT_EQ(digital.series.size(), 2u);
     EXPECT_EQ(digital.series[0].x, (std::vector<double>{0, 1.2, 1.2, 2.55}));
     EXPECT_EQ(digital.series[1].x, (std::vector<double>{2.55, 0.8, 0.8, 0}));
-    EXPECT_EQ(digital.x_title, "Input [bar]");
+    EXPECT_EQ(digital.x_title, "bar");
+    EXPECT_TRUE(digital.on_off);
     Byte(240) = 0;
     EXPECT_TRUE(Digital_Chart(ctx, 2).series.empty()); // "Not used" switches on nothing
 }
