@@ -30,7 +30,8 @@ const char* const Usage =
     "  info --port PATH|N [--baud 115200|625000]\n"
     "                     ask the box who it is and print what Connect info shows; exit 0 when\n"
     "                     it answered, 2 when not, 1 when the port can't be opened (and "
-    "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_SETTINGS_USAGE QUORLEN_CLI_LOG_USAGE "\n"
+    "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_SETTINGS_USAGE
+        QUORLEN_CLI_LOG_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {

@@ -87,8 +87,8 @@ int Settings_Command(const std::vector<std::string>& args, std::FILE* out, std::
                          Param_Label(p).c_str(), p.address, shown.text.c_str(), shown.unit.c_str());
         } else {
             const Page_Choice& c = *item.choice;
-            std::fprintf(out, "%s\t%s\t%d\t%s\t\n", std::string(Settings_Tab_Caption(c.tab)).c_str(), c.caption,
-                         c.address, Choice_Text(ctx.pages, ctx.image, c).c_str());
+            std::fprintf(out, "%s\t%s\t%d\t%s\t\n", std::string(Settings_Tab_Caption(c.tab)).c_str(),
+                         c.caption, c.address, Choice_Text(ctx.pages, ctx.image, c).c_str());
         }
     }
     loaded.Flush_Diagnostics();
@@ -110,7 +110,8 @@ int Set_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE*
     // what a limit's number means).
     for (const Assignment& s : a->assignments)
         if (!Position_For_Text(ctx, s.address, s.text))
-            return Usage_Error(err, "'" + s.text + "' is not a value of address " + std::to_string(s.address));
+            return Usage_Error(err,
+                               "'" + s.text + "' is not a value of address " + std::to_string(s.address));
     for (const Assignment& s : a->assignments) {
         const Page_Param& p = *Find_Page_Param(s.address);
         int position = *Position_For_Text(ctx, s.address, s.text);
@@ -124,7 +125,7 @@ int Set_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE*
 
     App_Context& app = loaded.app;
     app.texts.txt_File_Description = loaded.Comment_To_Save();
-    Settings_File_Context files{app.program, app.texts, app.files,     app.image,
+    Settings_File_Context files{app.program, app.texts, app.files,      app.image,
                                 app.ini,     app.log,   loaded.dialogs, {}};
     try {
         Save_Settings_File(files, a->out);

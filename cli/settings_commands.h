@@ -18,7 +18,7 @@ namespace quorlen::cli {
     "                     in the order given, print each new value and every message the form\n"             \
     "                     would show, and save to OUT (which may be FILE) as File, Save does.\n"             \
     "                     Exit 0 when OUT is written, 1 when FILE is not a settings file or OUT\n"           \
-    "                     can't be written, 2 for an address without a slider or a TEXT that\n"             \
+    "                     can't be written, 2 for an address without a slider or a TEXT that\n"              \
     "                     is not a number (nothing is changed then).\n"
 
 inline constexpr const char* Settings_Usage = QUORLEN_CLI_SETTINGS_USAGE;

@@ -35,7 +35,8 @@ Page_Chart Temp_Chart(Pages_Context& ctx) {
     Page_Chart chart{"Temperature [C]", "Fuel [%]", {}};
     chart.series.push_back(
         Two_Point("Air temperature", Shown(ctx, 220), Shown(ctx, 221), Shown(ctx, 222), Shown(ctx, 223), 20));
-    chart.series.push_back(Two_Point("Choke (coolant)", Shown(ctx, 171), Shown(ctx, 173), Shown(ctx, 172), 0, 20));
+    chart.series.push_back(
+        Two_Point("Choke (coolant)", Shown(ctx, 171), Shown(ctx, 173), Shown(ctx, 172), 0, 20));
     return chart;
 }
 

@@ -323,8 +323,9 @@ bool Single_Bit(int mask) {
 const std::string& Need_Of(const Pages_State& pages, int function) {
     static const std::string Both = "both";
     const auto& needs = pages.lists.Digital_Needs;
-    return function >= 0 && function < static_cast<int>(needs.size()) ? needs[static_cast<std::size_t>(function)]
-                                                                      : Both;
+    return function >= 0 && function < static_cast<int>(needs.size())
+               ? needs[static_cast<std::size_t>(function)]
+               : Both;
 }
 
 } // namespace
@@ -387,7 +388,8 @@ bool Choice_Click(Pages_Context& ctx, std::string_view name, int n, const Choice
     });
     // The PWM signal selections decide the tables' loads and the boost mode, the anti-lag
     // input the tabs on show.
-    bool tables_follow = Starts_With(c->name, "pwm_combo") || std::string_view(c->name) == "Anti_lag_sensor_combo";
+    bool tables_follow =
+        Starts_With(c->name, "pwm_combo") || std::string_view(c->name) == "Anti_lag_sensor_combo";
     if (tables_follow && hooks.Update_Tabs) guard.Step([&] { hooks.Update_Tabs(); });
     if (tables_follow && hooks.Show_Right_Tabs) guard.Step([&] { hooks.Show_Right_Tabs(); });
     if (hooks.Update_All) guard.Step([&] { hooks.Update_All(); });
@@ -455,7 +457,8 @@ Settings_View Show_Right_Settings(const Pages_Context& ctx) {
 
     const int dig1 = Choice_Value(image, *Find_Page_Choice("Dig1_function"));
     const int dig2 = Choice_Value(image, *Find_Page_Choice("Dig2_function"));
-    const bool als = Choice_Value(image, *Find_Page_Choice("Anti_lag_sensor_combo")) != 0 || dig2 == Dig2::Anti_Lag;
+    const bool als =
+        Choice_Value(image, *Find_Page_Choice("Anti_lag_sensor_combo")) != 0 || dig2 == Dig2::Anti_Lag;
     const bool launch = dig1 == Dig1::Launch_Control;
     const bool lambda_on = (image.CardByte[215] & 0x01) != 0;
     const bool narrow = (image.CardByte[215] & 0x02) == 0;
@@ -495,8 +498,9 @@ Settings_View Show_Right_Settings(const Pages_Context& ctx) {
     view.Description_label[0] = dig1 == Dig1::Rev_Limit_2   ? "2nd RPM limit controlled by Digital 1"
                                 : dig2 == Dig2::Rev_Limit_2 ? "2nd RPM limit controlled by Digital2 in"
                                                             : "2nd RPM limit controlled by Coolant";
-    view.Description_label[1] = dig2 == Dig2::Pwm_Activation ? "PWM external activation controlled by Digital 2 in"
-                                                             : "PWM external activation controlled by Fan";
+    view.Description_label[1] = dig2 == Dig2::Pwm_Activation
+                                    ? "PWM external activation controlled by Digital 2 in"
+                                    : "PWM external activation controlled by Fan";
 
     auto frame = [&](const char* name, bool visible) { view.frames.emplace_back(name, visible); };
     for (const Page_Frame& f : Page_Frames())

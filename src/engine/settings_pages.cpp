@@ -29,10 +29,10 @@ constexpr int In_Aux3 = 11;
 constexpr int In_Aux4 = 12;
 
 constexpr const char* Settings_Tab_Texts[Settings_Tab_Count] = {
-    "Launch / ALS",     "Ignition settings", "PWM outputs",    "AFR control",
-    "",                 "Idle settings",     "Temp corrections", "Start up",
-    "Digital inputs",   "Analog settings",   "Limits / Warnings", "Engine setup",
-    "Fuel acceleration", "Fuel settings",    "Development",    "Digital outputs",
+    "Launch / ALS",      "Ignition settings", "PWM outputs",       "AFR control",    "",
+    "Idle settings",     "Temp corrections",  "Start up",          "Digital inputs", "Analog settings",
+    "Limits / Warnings", "Engine setup",      "Fuel acceleration", "Fuel settings",  "Development",
+    "Digital outputs",
 };
 
 constexpr Page_Frame Frames[] = {
@@ -77,7 +77,8 @@ constexpr Page_Frame Frames[] = {
     {"Cylinder_Trim_frame", T::Fuel_Settings, "Cylinder trim (M master, S slave)", 2},
     {"Box_Mode_frame", T::Development, "Box mode", 1},
     {"Digital_Output_frame", T::Digital_Outputs, "Digital outputs", 4},
-    {"Fan_frame", T::Digital_Outputs, "Fan", 1, "The fan temperature shows when a digital output runs the Fan."},
+    {"Fan_frame", T::Digital_Outputs, "Fan", 1,
+     "The fan temperature shows when a digital output runs the Fan."},
 };
 
 // Scaling of the sliders without a catalogue row, and where a row's unit is not the one
@@ -87,7 +88,10 @@ constexpr Page_Param Params[] = {
     {.address = 180, .tab = T::Launch_ALS, .frame = "Launch_controls_frame", .label = "Launch RPM start"},
     {.address = 218, .tab = T::Launch_ALS, .frame = "Launch_controls_frame", .label = "Launch RPM limit"},
     {.address = 214, .tab = T::Launch_ALS, .frame = "Launch_controls_frame", .label = "Launch extra fuel"},
-    {.address = 217, .tab = T::Launch_ALS, .frame = "Launch_controls_frame", .label = "Launch ignition retard"},
+    {.address = 217,
+     .tab = T::Launch_ALS,
+     .frame = "Launch_controls_frame",
+     .label = "Launch ignition retard"},
     {.address = 179, .tab = T::Launch_ALS, .frame = "ALS_frame", .label = "ALS minimum RPM"},
     {.address = 84,
      .tab = T::Launch_ALS,
@@ -128,12 +132,25 @@ constexpr Page_Param Params[] = {
      .label = "Fuel cut boost level",
      .binding = B::Fixed,
      .input = In_MAP},
-    {.address = 21, .tab = T::Ignition, .frame = "Ignition_Setup_frame", .label = "Ignition charge (dwell) time", .max = 50},
+    {.address = 21,
+     .tab = T::Ignition,
+     .frame = "Ignition_Setup_frame",
+     .label = "Ignition charge (dwell) time",
+     .max = 50},
     {.address = 14, .tab = T::Ignition, .frame = "Ignition_Setup_frame", .label = "Crank ignition"},
     {.address = 189, .tab = T::Ignition, .frame = "Gearing_Ignition_Cut_Frame", .label = "Cut off time:"},
     // PWM outputs
-    {.address = 40, .tab = T::PWM_Outputs, .frame = "PWM_PID_Frame", .label = "Init value %", .max = 128, .unit = "%"},
-    {.address = 41, .tab = T::PWM_Outputs, .frame = "PWM_PID_Frame", .label = "P (Proportional)", .unit = "."},
+    {.address = 40,
+     .tab = T::PWM_Outputs,
+     .frame = "PWM_PID_Frame",
+     .label = "Init value %",
+     .max = 128,
+     .unit = "%"},
+    {.address = 41,
+     .tab = T::PWM_Outputs,
+     .frame = "PWM_PID_Frame",
+     .label = "P (Proportional)",
+     .unit = "."},
     {.address = 42, .tab = T::PWM_Outputs, .frame = "PWM_PID_Frame", .label = "I (Sum)", .unit = "."},
     {.address = 43, .tab = T::PWM_Outputs, .frame = "PWM_PID_Frame", .label = "D (Difference)", .unit = "."},
     // AFR control
@@ -143,8 +160,14 @@ constexpr Page_Param Params[] = {
      .label = "Coolant temp. to start AFR control",
      .binding = B::Fixed,
      .input = In_Coolant},
-    {.address = 225, .tab = T::AFR_Control, .frame = "Lambda_Active_frame", .label = "AFR control start delay"},
-    {.address = 213, .tab = T::AFR_Control, .frame = "Lambda_Active_frame", .label = "AFR control max RPM to be active"},
+    {.address = 225,
+     .tab = T::AFR_Control,
+     .frame = "Lambda_Active_frame",
+     .label = "AFR control start delay"},
+    {.address = 213,
+     .tab = T::AFR_Control,
+     .frame = "Lambda_Active_frame",
+     .label = "AFR control max RPM to be active"},
     {.address = 228,
      .tab = T::AFR_Control,
      .frame = "Lambda_Active_frame",
@@ -196,14 +219,20 @@ constexpr Page_Param Params[] = {
      .label = "Low air temperature limit",
      .binding = B::Fixed,
      .input = In_Aux2},
-    {.address = 221, .tab = T::Temp_Corrections, .frame = "Air_Temp_frame", .label = "Low air temp correction fuel"},
+    {.address = 221,
+     .tab = T::Temp_Corrections,
+     .frame = "Air_Temp_frame",
+     .label = "Low air temp correction fuel"},
     {.address = 222,
      .tab = T::Temp_Corrections,
      .frame = "Air_Temp_frame",
      .label = "High air temperature limit",
      .binding = B::Fixed,
      .input = In_Aux2},
-    {.address = 223, .tab = T::Temp_Corrections, .frame = "Air_Temp_frame", .label = "High air temp correction fuel"},
+    {.address = 223,
+     .tab = T::Temp_Corrections,
+     .frame = "Air_Temp_frame",
+     .label = "High air temp correction fuel"},
     {.address = 171,
      .tab = T::Temp_Corrections,
      .frame = "Cold_Engine_frame",
@@ -226,10 +255,22 @@ constexpr Page_Param Params[] = {
      .factor = 0.390625,
      .format = "0.0",
      .unit = "%"},
-    {.address = 37, .tab = T::Start_Up, .frame = "frame_Enrichment", .label = "Start up fuel comp with warm engine"},
-    {.address = 38, .tab = T::Start_Up, .frame = "frame_Enrichment", .label = "Start up fuel duration after crank"},
-    {.address = 89, .tab = T::Start_Up, .frame = "Startup_Air_frame", .label = "Start up idle air PWM2 compensation"},
-    {.address = 90, .tab = T::Start_Up, .frame = "Startup_Air_frame", .label = "Start up air duration after crank"},
+    {.address = 37,
+     .tab = T::Start_Up,
+     .frame = "frame_Enrichment",
+     .label = "Start up fuel comp with warm engine"},
+    {.address = 38,
+     .tab = T::Start_Up,
+     .frame = "frame_Enrichment",
+     .label = "Start up fuel duration after crank"},
+    {.address = 89,
+     .tab = T::Start_Up,
+     .frame = "Startup_Air_frame",
+     .label = "Start up idle air PWM2 compensation"},
+    {.address = 90,
+     .tab = T::Start_Up,
+     .frame = "Startup_Air_frame",
+     .label = "Start up air duration after crank"},
     // Digital inputs
     {.address = 85, .tab = T::Digital_Inputs, .frame = "Rev2_frame", .label = "2nd RPM limit"},
     {.address = 80,
@@ -241,7 +282,10 @@ constexpr Page_Param Params[] = {
      .factor = 1,
      .format = "0",
      .unit = "pulses/km"},
-    {.address = 190, .tab = T::Digital_Inputs, .frame = "PWM_Activation_frame", .label = "PWM change on activation"},
+    {.address = 190,
+     .tab = T::Digital_Inputs,
+     .frame = "PWM_Activation_frame",
+     .label = "PWM change on activation"},
     // Analog settings
     {.address = 183, .tab = T::Analog_Settings, .frame = "TPS_frame", .label = "TPS low limit"},
     // Limits / Warnings
@@ -423,7 +467,10 @@ constexpr Page_Param Params[] = {
     // Fuel acceleration
     {.address = 86, .tab = T::Fuel_Acceleration, .frame = "AE_Frame", .label = "Threshold"},
     {.address = 87, .tab = T::Fuel_Acceleration, .frame = "AE_Frame", .label = "Fuel change gain"},
-    {.address = 88, .tab = T::Fuel_Acceleration, .frame = "AE_Frame", .label = "Sustain (number of engine cycles)"},
+    {.address = 88,
+     .tab = T::Fuel_Acceleration,
+     .frame = "AE_Frame",
+     .label = "Sustain (number of engine cycles)"},
     {.address = 45,
      .tab = T::Fuel_Acceleration,
      .frame = "AE_Frame",
@@ -460,11 +507,19 @@ constexpr Page_Param Params[] = {
     {.address = 652, .tab = T::Fuel_Settings, .frame = "Cylinder_Trim_frame", .label = "Cyl E, S"},
     // Digital outputs: a grid with the outputs across and the four thresholds down; output
     // 1's labels name the rows.
-    {.address = 231, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "RPM ON", .unit = "rpm"},
+    {.address = 231,
+     .tab = T::Digital_Outputs,
+     .frame = "Digital_Output_frame",
+     .label = "RPM ON",
+     .unit = "rpm"},
     {.address = 236, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "", .unit = "rpm"},
     {.address = 241, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "", .unit = "rpm"},
     {.address = 246, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "", .unit = "rpm"},
-    {.address = 232, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "RPM OFF", .unit = "rpm"},
+    {.address = 232,
+     .tab = T::Digital_Outputs,
+     .frame = "Digital_Output_frame",
+     .label = "RPM OFF",
+     .unit = "rpm"},
     {.address = 237, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "", .unit = "rpm"},
     {.address = 242, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "", .unit = "rpm"},
     {.address = 247, .tab = T::Digital_Outputs, .frame = "Digital_Output_frame", .label = "", .unit = "rpm"},
@@ -591,9 +646,10 @@ std::optional<double> Teeth_Limit(const Engine_Config_State& layout) {
 }
 
 const char* Teeth_Limit_Message(const Engine_Config_State& layout) {
-    return layout.Sequential_Fuel
-               ? "You run sequential fuel. You can not select fuel to start later than 2 revs from missing pulse"
-               : "You run semisequential fuel. You can not select fuel to start later than 1 rev from missing pulse";
+    return layout.Sequential_Fuel ? "You run sequential fuel. You can not select fuel to start later than 2 "
+                                    "revs from missing pulse"
+                                  : "You run semisequential fuel. You can not select fuel to start later "
+                                    "than 1 rev from missing pulse";
 }
 
 // The recommendation and the forbidden tooth beside the crank teeth sliders.
@@ -783,8 +839,9 @@ Scroll_Outcome scroll_Change(Pages_Context& ctx, int address, int v) {
                 {"Warning, Dwell time larger than 5 ms could be dangerous. 3 ms is normal", true});
         if (address == Boost_Address && v != Boost_Cut_Off_Byte && out.shown.unit == "bar" &&
             std::strtod(out.shown.text.c_str(), nullptr) < Vacuum_Limit_Bar)
-            out.messages.push_back({"Warning, boost limit is set to vaccum. Fuel cut at atmospheric pressure, "
-                                    "will make it impossible to start"});
+            out.messages.push_back(
+                {"Warning, boost limit is set to vaccum. Fuel cut at atmospheric pressure, "
+                 "will make it impossible to start"});
     });
     return out;
 }

@@ -114,8 +114,8 @@ inline constexpr double Dwell_Warning_ms = 5.0;
 
 // The lists of the output and input function choices, from the configuration file.
 struct Output_Lists {
-    std::vector<std::string> Pwm_Function;    // pwm_combo 1..4
-    std::vector<std::string> Pwm_Load;        // pwm_combo 0
+    std::vector<std::string> Pwm_Function;     // pwm_combo 1..4
+    std::vector<std::string> Pwm_Load;         // pwm_combo 0
     std::vector<std::string> Digital_Function; // digital_combo
     // Which thresholds each digital function needs: "none", "fan", "rpm", "analog", "both".
     std::vector<std::string> Digital_Needs;

@@ -124,7 +124,7 @@ void File_save_Click(Settings_File_Context& ctx) {
     guard.Step([&] { ctx.ini.Write_Ini("card_data_dir", ctx.files.CurrentDataDir); });
     guard.Step([&] {
         Save_Settings_File(ctx, Resolve_In_App_Path(ctx.program.App_Path,
-                                                  ctx.files.CurrentDataDir + ctx.files.CurrentFileName));
+                                                    ctx.files.CurrentDataDir + ctx.files.CurrentFileName));
     });
 }
 

@@ -167,9 +167,11 @@ void QX_settings::show_sens(int index, bool visible) {
     if (index < 0 || index > 3) return;
     auto i = static_cast<std::size_t>(index);
     Digital_Sensor_label_[i]->setVisible(visible);
-    Dig_chart_frame_[i]->setVisible(visible || view_.param_visible[static_cast<std::size_t>(231 + 5 * index)]);
+    Dig_chart_frame_[i]->setVisible(visible ||
+                                    view_.param_visible[static_cast<std::size_t>(231 + 5 * index)]);
     for (auto& choice : choices_)
-        if (choice->c->name == "Digital_sensor_combo_" + std::to_string(index)) choice->combo->setVisible(visible);
+        if (choice->c->name == "Digital_sensor_combo_" + std::to_string(index))
+            choice->combo->setVisible(visible);
 }
 
 // --- find setting ------------------------------------------------------------------------------
@@ -219,7 +221,8 @@ void QX_settings::Apply_View() {
             header_needed[static_cast<std::size_t>((p.address - 231) % 5)] = true;
     }
     for (int k = 0; k < 4; ++k)
-        if (QLabel* header = row_headers_[static_cast<std::size_t>(k)]) header->setVisible(header_needed[static_cast<std::size_t>(k)]);
+        if (QLabel* header = row_headers_[static_cast<std::size_t>(k)])
+            header->setVisible(header_needed[static_cast<std::size_t>(k)]);
     for (auto& choice : choices_)
         if (Matches(choice->c->caption)) frame_match[choice->c->frame] = true;
     // Extra controls that only some functions use.

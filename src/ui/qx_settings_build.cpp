@@ -23,8 +23,8 @@
 #include <QStyleOptionTab>
 #include <QTabBar>
 #include <QTabWidget>
-#include <QValueAxis>
 #include <QVBoxLayout>
+#include <QValueAxis>
 
 namespace quorlen::ui {
 
@@ -250,11 +250,13 @@ QX_settings::Row& QX_settings::Add_Row(const Page_Param& p, QWidget* parent) {
     return ref;
 }
 
-QX_settings::Choice& QX_settings::Add_Choice(const Page_Choice& c, QWidget* parent, QGridLayout* grid, int row) {
+QX_settings::Choice& QX_settings::Add_Choice(const Page_Choice& c, QWidget* parent, QGridLayout* grid,
+                                             int row) {
     auto choice = std::make_unique<Choice>();
     choice->c = &c;
-    const QString tip = c.source == Choice_Items::Fixed ? QString()
-                                                        : QStringLiteral("Select MAP table data, as defined in qxcard.ini");
+    const QString tip = c.source == Choice_Items::Fixed
+                            ? QString()
+                            : QStringLiteral("Select MAP table data, as defined in qxcard.ini");
     const auto items = Choice_Item_Texts(app_.pages, c);
     if (c.style != Choice_Style::Check) {
         choice->caption = new QLabel(From_8bit(c.caption), parent);
@@ -281,7 +283,8 @@ QX_settings::Choice& QX_settings::Add_Choice(const Page_Choice& c, QWidget* pare
         const int per_row = items.size() > 3 ? 2 : static_cast<int>(items.size());
         for (std::size_t i = 0; i < items.size(); ++i) {
             auto* option = new QRadioButton(From_8bit(items[i]), box);
-            if (i < c.option_names.size() && c.option_names[i] != nullptr) option->setObjectName(c.option_names[i]);
+            if (i < c.option_names.size() && c.option_names[i] != nullptr)
+                option->setObjectName(c.option_names[i]);
             choice->group->addButton(option, static_cast<int>(i));
             options->addWidget(option, static_cast<int>(i) / per_row, static_cast<int>(i) % per_row);
         }
@@ -292,7 +295,8 @@ QX_settings::Choice& QX_settings::Add_Choice(const Page_Choice& c, QWidget* pare
     case Choice_Style::Check:
         choice->check = new QCheckBox(From_8bit(c.caption), parent);
         choice->check->setObjectName(c.name);
-        connect(choice->check, &QCheckBox::clicked, this, [this, &c](bool on) { Choice_Clicked(c, on ? 1 : 0); });
+        connect(choice->check, &QCheckBox::clicked, this,
+                [this, &c](bool on) { Choice_Clicked(c, on ? 1 : 0); });
         choice->control = choice->check;
         break;
     }
@@ -334,7 +338,8 @@ void QX_settings::Build_Digital_Outputs(QGroupBox* box) {
     for (int i = 0; i < 4; ++i) {
         const int col = 1 + i;
         const auto index = static_cast<std::size_t>(i);
-        Choice& function = Add_Choice(*Find_Page_Choice(Name("digital_combo", i).toStdString()), box, nullptr, 0);
+        Choice& function =
+            Add_Choice(*Find_Page_Choice(Name("digital_combo", i).toStdString()), box, nullptr, 0);
         grid->addWidget(function.caption, 0, col);
         grid->addWidget(function.control, 1, col);
         Choice& sensor =

@@ -18,7 +18,7 @@ public:
     std::vector<File_Dialog_Setup> dialogs_shown;
 
     std::vector<std::string> informed_titles; // of Inform_Titled, in order
-    std::vector<std::string> warned; // of Warn, which also counts as informed
+    std::vector<std::string> warned;          // of Warn, which also counts as informed
     void Inform(const std::string& text) override { informed.push_back(text); }
     void Warn(const std::string& text) override {
         warned.push_back(text);

@@ -11,8 +11,8 @@
 #include "image/settings_image.h"
 
 #include <QAction>
-#include <QCheckBox>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QGroupBox>
@@ -159,8 +159,12 @@ protected:
         return w;
     }
     QScrollBar* Scroll(int address) { return Find<QScrollBar>(QStringLiteral("scroll_%1").arg(address)); }
-    QString Text(int address) { return Find<QLineEdit>(QStringLiteral("scroll_text_%1").arg(address))->text(); }
-    QString Unit(int address) { return Find<QLabel>(QStringLiteral("scroll_unit_label_%1").arg(address))->text(); }
+    QString Text(int address) {
+        return Find<QLineEdit>(QStringLiteral("scroll_text_%1").arg(address))->text();
+    }
+    QString Unit(int address) {
+        return Find<QLabel>(QStringLiteral("scroll_unit_label_%1").arg(address))->text();
+    }
     // The thumb let go at `value`, as a drag or a click on the bar ends.
     void Move(int address, int value) { Scroll(address)->setValue(value); }
     // A list item chosen by the user.
@@ -180,10 +184,10 @@ protected:
 TEST_F(SettingsForm, TabsStandByIndexWithTheirCaptions) {
     auto* tabs = Find<QTabWidget>("QX_Settings_SSTab");
     const std::map<int, QString> captions = {
-        {0, "Launch / ALS"},       {1, "Ignition settings"}, {2, "PWM outputs"},    {3, "AFR control"},
-        {5, "Idle settings"},      {6, "Temp corrections"},  {7, "Start up"},       {8, "Digital inputs"},
-        {9, "Analog settings"},    {10, "Limits / Warnings"}, {11, "Engine setup"}, {12, "Fuel acceleration"},
-        {13, "Fuel settings"},     {14, "Development"},      {15, "Digital outputs"}};
+        {0, "Launch / ALS"},    {1, "Ignition settings"},  {2, "PWM outputs"},     {3, "AFR control"},
+        {5, "Idle settings"},   {6, "Temp corrections"},   {7, "Start up"},        {8, "Digital inputs"},
+        {9, "Analog settings"}, {10, "Limits / Warnings"}, {11, "Engine setup"},   {12, "Fuel acceleration"},
+        {13, "Fuel settings"},  {14, "Development"},       {15, "Digital outputs"}};
     ASSERT_EQ(tabs->count(), 16);
     for (const auto& [index, caption] : captions) {
         EXPECT_EQ(tabs->tabText(index), caption);
@@ -206,7 +210,8 @@ TEST_F(SettingsForm, EveryParameterLabelStandsOnceAndNamesItsSlider) {
         // The label's slider, text and unit carry the same address.
         int address = address_of[label];
         EXPECT_NE(form->findChild<QScrollBar*>(QStringLiteral("scroll_%1").arg(address)), nullptr) << text;
-        EXPECT_NE(form->findChild<QLineEdit*>(QStringLiteral("scroll_text_%1").arg(address)), nullptr) << text;
+        EXPECT_NE(form->findChild<QLineEdit*>(QStringLiteral("scroll_text_%1").arg(address)), nullptr)
+            << text;
     }
     EXPECT_EQ(found.size(), std::size(Page_Labels));
 }
@@ -268,8 +273,9 @@ TEST_F(SettingsForm, SlidersWriteTheImageMarkItAndStepBackWithUndo) {
 TEST_F(SettingsForm, FuelStartOverTheLimitSaysSoAndKeepsTheByte) {
     Move(20, 40); // the shipped layout is semi-sequential at 10 degrees a tooth: 36 at most
     ASSERT_EQ(dialogs.informed.size(), 1u);
-    EXPECT_EQ(dialogs.informed[0],
-              "You run semisequential fuel. You can not select fuel to start later than 1 rev from missing pulse");
+    EXPECT_EQ(
+        dialogs.informed[0],
+        "You run semisequential fuel. You can not select fuel to start later than 1 rev from missing pulse");
     EXPECT_EQ(Image().CardByte[20], 40);
     EXPECT_EQ(Image().ChangedByte[20], Changed_Mark);
     Move(18, 35);
@@ -303,7 +309,8 @@ TEST_F(SettingsForm, ChoicesShowTheirGroupsAndTheTablesFollow) {
     Pick("Digital_sensor_combo_1", 2);
     EXPECT_EQ(Image().CardByte[235], 0x32);
     EXPECT_EQ(Unit(238), "bar"); // input 3, the MAP sensor
-    EXPECT_EQ(Find<QComboBox>("digital_combo_1")->toolTip(), "Select MAP table data, as defined in qxcard.ini");
+    EXPECT_EQ(Find<QComboBox>("digital_combo_1")->toolTip(),
+              "Select MAP table data, as defined in qxcard.ini");
 }
 
 TEST_F(SettingsForm, FindSettingFiltersTheTabsAndJumpsToTheControl) {
@@ -350,9 +357,10 @@ TEST_F(SettingsForm, ScreenshotsOfEveryTabFitTheScreen) {
         QPixmap shot = form->grab();
         EXPECT_FALSE(shot.isNull());
         if (!out.isEmpty())
-            shot.save(QDir(out).filePath(QStringLiteral("settings_%1_%2.png")
-                                             .arg(t, 2, 10, QChar('0'))
-                                             .arg(tabs->tabText(t).replace(" / ", "_").replace(' ', '_').toLower())));
+            shot.save(QDir(out).filePath(
+                QStringLiteral("settings_%1_%2.png")
+                    .arg(t, 2, 10, QChar('0'))
+                    .arg(tabs->tabText(t).replace(" / ", "_").replace(' ', '_').toLower())));
     }
 }
 

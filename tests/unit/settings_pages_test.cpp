@@ -17,15 +17,16 @@ namespace {
 
 // Layout 0 semi-sequential at 10 degrees a tooth with teeth 0 and 35 forbidden; layout 1
 // sequential at 6 degrees; layout 2 an empty row.
-const char* const Test_Ini =
-    "Engine_Config=Layout\tCrank\r\n"
-    "Engine_Config=0\t36-1\tc\tc\tt\tf\ti\tSemiseq\tEX: A\t-\t4 cyl\tn\t-\t-\t,0,35,\t-\to\t90\t10\tv\to\tw\tw\r\n"
-    "Engine_Config=1\t60-2\tc\tc\tt\tf\ti\tSequential\tEX: B\t-\t4 cyl\tn\t-\t-\t-\t-\to\t90\t6\tv\to\tw\tw\r\n"
-    "Digital_Function=Not used\tnone\t\r\n"
-    "Digital_Function=Fan\tfan\t\r\n"
-    "Digital_Function=RPM switch\trpm\t\r\n"
-    "Digital_Function=Analog switch\tanalog\t\r\n"
-    "Digital_Sensor=Analog 1\t\r\n";
+const char* const Test_Ini = "Engine_Config=Layout\tCrank\r\n"
+                             "Engine_Config=0\t36-1\tc\tc\tt\tf\ti\tSemiseq\tEX: A\t-\t4 "
+                             "cyl\tn\t-\t-\t,0,35,\t-\to\t90\t10\tv\to\tw\tw\r\n"
+                             "Engine_Config=1\t60-2\tc\tc\tt\tf\ti\tSequential\tEX: B\t-\t4 "
+                             "cyl\tn\t-\t-\t-\t-\to\t90\t6\tv\to\tw\tw\r\n"
+                             "Digital_Function=Not used\tnone\t\r\n"
+                             "Digital_Function=Fan\tfan\t\r\n"
+                             "Digital_Function=RPM switch\trpm\t\r\n"
+                             "Digital_Function=Analog switch\tanalog\t\r\n"
+                             "Digital_Sensor=Analog 1\t\r\n";
 
 class Pages : public ::testing::Test {
 protected:
@@ -106,7 +107,8 @@ TEST_F(Pages, DwellAndBoostWarningsAtTheirEdges) {
     EXPECT_TRUE(scroll_Change(ctx, 21, 25).messages.empty()); // exactly 5.0 ms
     Scroll_Outcome out = scroll_Change(ctx, 21, 26);
     ASSERT_EQ(out.messages.size(), 1u);
-    EXPECT_EQ(out.messages[0].text, "Warning, Dwell time larger than 5 ms could be dangerous. 3 ms is normal");
+    EXPECT_EQ(out.messages[0].text,
+              "Warning, Dwell time larger than 5 ms could be dangerous. 3 ms is normal");
     EXPECT_TRUE(out.messages[0].stop_icon);
     EXPECT_EQ(Byte(21), 26);
 
@@ -114,8 +116,9 @@ TEST_F(Pages, DwellAndBoostWarningsAtTheirEdges) {
     EXPECT_TRUE(scroll_Change(ctx, 23, 100).messages.empty()); // 1.00 bar is not vacuum
     out = scroll_Change(ctx, 23, 99);
     ASSERT_EQ(out.messages.size(), 1u);
-    EXPECT_EQ(out.messages[0].text, "Warning, boost limit is set to vaccum. Fuel cut at atmospheric pressure, "
-                                    "will make it impossible to start");
+    EXPECT_EQ(out.messages[0].text,
+              "Warning, boost limit is set to vaccum. Fuel cut at atmospheric pressure, "
+              "will make it impossible to start");
     EXPECT_FALSE(out.messages[0].stop_icon);
     out = scroll_Change(ctx, 23, 255);
     EXPECT_EQ(out.shown.text, "OFF");
@@ -212,7 +215,7 @@ TEST_F(Pages, EveryChangeTakesOneUndoLevelBeforeItWrites) {
     scroll_Change(ctx, 21, 20);
     ASSERT_EQ(undo.UndoIndex, 1);
     EXPECT_EQ(undo.UndoList[0][21], 15); // the snapshot holds the byte before the change
-    scroll_Change(ctx, 82, 1000);            // two bytes, one level
+    scroll_Change(ctx, 82, 1000);        // two bytes, one level
     EXPECT_EQ(undo.UndoIndex, 2);
     Choice_Click(ctx, "Dig1_function", 2, {});
     EXPECT_EQ(undo.UndoIndex, 3);
@@ -398,9 +401,12 @@ TEST_F(Settings_Cli, SettingsListsEveryParameterWithItsValueAndUnit) {
     for (std::size_t p = 0, q; (q = r.out.find('\n', p)) != std::string::npos; p = q + 1)
         lines.push_back(r.out.substr(p, q - p));
     EXPECT_EQ(lines.size(), Page_Items_In_Order().size());
-    auto has = [&](const std::string& line) { return std::find(lines.begin(), lines.end(), line) != lines.end(); };
+    auto has = [&](const std::string& line) {
+        return std::find(lines.begin(), lines.end(), line) != lines.end();
+    };
     EXPECT_TRUE(has("Ignition settings\tIgnition charge (dwell) time\t21\t3.0\tms"));
-    EXPECT_TRUE(has("Ignition settings\tFuel and Ign cut RPM      soft ign cut 250rpm earlier\t17\t6500\trpm"));
+    EXPECT_TRUE(
+        has("Ignition settings\tFuel and Ign cut RPM      soft ign cut 250rpm earlier\t17\t6500\trpm"));
     EXPECT_TRUE(has("Ignition settings\tFuel cut boost level\t23\t2.00\tbar"));
     EXPECT_TRUE(has("Idle settings\tIdle RPM\t7\t900\trpm"));
     EXPECT_TRUE(has("Fuel settings\tTotal injector size\t82\t2400\tml/min"));
