@@ -462,9 +462,6 @@ Settings_View Show_Right_Settings(const Pages_Context& ctx) {
     const bool launch = dig1 == Dig1::Launch_Control;
     const bool lambda_on = (image.CardByte[215] & 0x01) != 0;
     const bool narrow = (image.CardByte[215] & 0x02) == 0;
-    const bool idle_control = (image.CardByte[215] & 0x10) != 0;
-    const int idle_mode = (image.CardByte[215] & 0x60) >> 5;
-    const bool idle_ignition = (image.CardByte[215] & 0x80) != 0;
     bool boost = false;
     for (int output = 1; output <= 4; ++output)
         boost = boost || Pwm_Signal(image, output) == 1;
@@ -475,10 +472,7 @@ Settings_View Show_Right_Settings(const Pages_Context& ctx) {
             view.param_visible[At(a)] = visible;
     };
     show({91, 179, 178, 84, 176, 132}, als);
-    // Set_Idle_Control_visibility: only the controls of the chosen mode.
-    show({7, 8, 9, 10}, idle_control);
-    show({16}, idle_control && idle_mode != 1);
-    show({13, 35}, idle_ignition);
+    Set_Idle_Control_visibility(image, view);
     show({226}, narrow);
     show({45}, (image.CardByte[4] & 0x04) != 0);
     for (int i = 0; i < 4; ++i) {
@@ -516,13 +510,24 @@ Settings_View Show_Right_Settings(const Pages_Context& ctx) {
     set("PWM_PID_Frame", boost);
     set("Launch_controls_frame", launch);
     set("LaunchALS_Temp_frame", launch || als);
-    set("Idle_Control_frame", idle_control);
+    set("Idle_Control_frame", (image.CardByte[215] & 0x10) != 0);
     set("Idle_AFR", lambda_on);
     set("Lambda_Active_frame", lambda_on);
     set("Speed_Sensor_frame", dig1 == Dig1::Speed_Sensor || dig2 == Dig2::Speed_Sensor);
     set("PWM_Activation_frame", dig2 == Dig2::Pwm_Activation);
     set("Fan_frame", view.fan_visible);
     return view;
+}
+
+void Set_Idle_Control_visibility(const Settings_Image& image, Settings_View& view) {
+    const bool idle_control = (image.CardByte[215] & 0x10) != 0;
+    const int idle_mode = (image.CardByte[215] & 0x60) >> 5;
+    const bool idle_ignition = (image.CardByte[215] & 0x80) != 0;
+    for (int a : {7, 8, 9, 10})
+        view.param_visible[static_cast<std::size_t>(a)] = idle_control;
+    view.param_visible[16] = idle_control && idle_mode != 1;
+    for (int a : {13, 35})
+        view.param_visible[static_cast<std::size_t>(a)] = idle_ignition;
 }
 
 bool Frame_Visible(const Settings_View& view, std::string_view frame) {

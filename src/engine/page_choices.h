@@ -126,6 +126,11 @@ struct Settings_View {
 // show_sens, show_fan_scroll and the function clicks of the inputs and outputs).
 Settings_View Show_Right_Settings(const Pages_Context& ctx);
 
+// Only the idle controls of the chosen mode: none but the idle entry with idle control off;
+// the speed and its PID with it on, and the valve's frequency unless the ignition alone
+// holds the idle; the fixed idle ignition and its fade out when that is on.
+void Set_Idle_Control_visibility(const Settings_Image& image, Settings_View& view);
+
 bool Frame_Visible(const Settings_View& view, std::string_view frame);
 
 } // namespace quorlen

@@ -114,13 +114,11 @@ void QX_settings::Text_Entered(int index) {
     if (row == nullptr || showing_) return;
     Pages_Context ctx = app_.Pages();
     auto position = Position_For_Text(ctx, index, To_8bit(row->text->text()));
-    if (!position || *position == row->scroll->value()) {
-        showing_ = true;
-        Show_Row(*row);
-        showing_ = false;
-        return;
-    }
-    row->scroll->setValue(*position); // runs scroll_Change through the slider's signal
+    // The slider's signal runs scroll_Change; then the box shows the value as the slider took it.
+    if (position && *position != row->scroll->value()) row->scroll->setValue(*position);
+    showing_ = true;
+    Show_Row(*row, true);
+    showing_ = false;
 }
 
 void QX_settings::Choice_Clicked(const Page_Choice& c, int n) {
@@ -257,7 +255,7 @@ void QX_settings::Apply_View() {
 
 // --- showing one control ---------------------------------------------------------------------
 
-void QX_settings::Show_Row(Row& row) {
+void QX_settings::Show_Row(Row& row, bool typed) {
     Pages_Context ctx = app_.Pages();
     const Page_Param& p = *row.p;
     Scroll_Shown shown = Show_Scroll(ctx, p.address);
@@ -267,7 +265,8 @@ void QX_settings::Show_Row(Row& row) {
         row.scroll->setValue(position);
     }
     QString text = From_8bit(shown.text);
-    if (row.text->text() != text && !row.text->hasFocus()) row.text->setText(text);
+    // A refresh leaves alone what the user is typing.
+    if (row.text->text() != text && (typed || !row.text->hasFocus())) row.text->setText(text);
     QString unit = From_8bit(shown.unit);
     if (row.unit->text() != unit) row.unit->setText(unit);
     QString tip = QString::fromStdString(Scroll_Tooltip(app_.image, p));

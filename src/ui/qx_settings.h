@@ -128,7 +128,8 @@ private:
     void Choice_Clicked(const Page_Choice& c, int n);
     void Text_Entered(int index);
     void Show_Messages(const std::vector<Page_Message>& messages);
-    void Show_Row(Row& row);
+    // `typed`: the user has just entered a value in the row's text, which then shows it.
+    void Show_Row(Row& row, bool typed = false);
     void Show_Choice(Choice& choice);
     void Show_Chart(Chart& chart, const Page_Chart& curves);
     void Apply_View();
