@@ -7,6 +7,7 @@
 #include "core/ini_file.h"
 #include "core/program_state.h"
 #include "engine/engine_catalogue.h"
+#include "engine/settings_pages.h"
 #include "files/presets.h"
 #include "image/scaling.h"
 #include "image/settings_image.h"
@@ -43,6 +44,7 @@ struct App_Context {
     Tables_State tables;
     Scroll_Limits scroll_limits;
     Engine_Config_State engine;
+    Pages_State pages;
     Preset_Table PresetList;
     int User_Preset = 0;
     Prefs_State prefs;
@@ -53,6 +55,7 @@ struct App_Context {
 
     Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
     Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs}; }
+    Pages_Context Pages() { return {image, sensors, pages, engine, undo, ini, log}; }
 };
 
 } // namespace quorlen

@@ -43,7 +43,11 @@ Text_Grid Grid_Of(const Tables_Context& ctx, Table_Id id) {
 
 void Init_Engine_Config(App_Context& app) {
     Proc_Guard guard(app.log, "Init engine config");
-    guard.Step([&] { Load_Engine_Config_Tab(app.engine.Engine_Config_Tab, app.ini, &app.texts.Debug_txt); });
+    guard.Step([&] {
+        Load_Engine_Config_Tab(app.engine.Engine_Config_Tab, app.ini, &app.texts.Debug_txt);
+        app.pages.Engine_Tab_Read = true;
+        app.pages.Layout_Row_Taken = -1;
+    });
     guard.Step([&] { Engine_Config_Follow_Image(app.engine, app.image); });
 }
 

@@ -1,5 +1,6 @@
 #include "ui/engine_config_box.h"
 
+#include "app/app_context.h"
 #include "app/tune_tools.h"
 #include "ui/qt_dialogs.h"
 
@@ -63,7 +64,7 @@ Engine_Config_Box::Engine_Config_Box(App_Context& app, std::function<void()> upd
     Engine_setup_combo_->setObjectName("Engine_setup_combo");
     Engine_setup_combo_->setMaxVisibleItems(20);
     Engine_setup_combo_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    Engine_setup_combo_->setMinimumContentsLength(60);
+    Engine_setup_combo_->setMinimumContentsLength(40);
     connect(Engine_setup_combo_, &QComboBox::activated, this, [this](int index) {
         Run([&](Engine_Config_Context& c) { Engine_setup_combo_Click(c, index); });
     });
@@ -75,7 +76,8 @@ Engine_Config_Box::Engine_Config_Box(App_Context& app, std::function<void()> upd
         const auto list = static_cast<Engine_List>(i);
         auto* combo = new QComboBox(this);
         combo->setObjectName(Engine_List_Name(list));
-        combo->setMinimumContentsLength(16);
+        combo->setMinimumContentsLength(12);
+        combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
         connect(combo, &QComboBox::activated, this, [this, list](int index) {
             Run([&](Engine_Config_Context& c) { Engine_List_Click(c, list, index); });
         });
@@ -114,11 +116,7 @@ Engine_Config_Box::Engine_Config_Box(App_Context& app, std::function<void()> upd
     auto* bottom = new QHBoxLayout;
     Crank_angle_example_label_ = new QLabel(this);
     Crank_angle_example_label_->setObjectName("Crank_angle_example_label");
-    Fuel_teeth_recomend_ = new QLabel(this);
-    Fuel_teeth_recomend_->setObjectName("Fuel_teeth_recomend");
     bottom->addWidget(Crank_angle_example_label_);
-    bottom->addSpacing(16);
-    bottom->addWidget(Fuel_teeth_recomend_);
     bottom->addStretch();
     auto button = [&](const char* name, const char* caption, void (*action)(Engine_Config_Context&)) {
         auto* b = new QPushButton(caption, this);
@@ -186,7 +184,11 @@ void Engine_Config_Box::Sync() {
     FW_info_txt_->setText(From_8bit(f.FW_info_txt));
     Selected_Engine_config_row_txt_->setText(From_8bit(f.Selected_Engine_config_row_txt));
     Crank_angle_example_label_->setText(From_8bit(f.Crank_angle_example_label));
-    Fuel_teeth_recomend_->setText(From_8bit(f.Fuel_teeth_recomend));
+    // A row shown anew says its recommendation once; the teeth slider may say its own after.
+    if (f.Fuel_teeth_recomend != teeth_shown_) {
+        teeth_shown_ = f.Fuel_teeth_recomend;
+        app_.pages.Fuel_teeth_recomend = f.Fuel_teeth_recomend;
+    }
     setTitle(From_8bit(f.Caption));
     setStyleSheet(Back_Style(f.BackColor));
     Engine_Config_OK_->setEnabled(f.Engine_Config_OK_Enabled);

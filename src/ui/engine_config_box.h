@@ -1,7 +1,9 @@
 #pragma once
 // The engine frame of the settings form: the layout list, the nine lists of the chosen
 // layout's fields, its texts, and the selection guide's buttons. The logic is in
-// engine/engine_config_frame.h; this shows its state and forwards the user's choices.
+// engine/engine_config_frame.h; this shows its state and forwards the user's choices. The
+// recommended teeth go to the form's label beside the teeth sliders, which the teeth slider
+// also writes.
 
 #include "engine/engine_config_frame.h"
 
@@ -9,6 +11,7 @@
 
 #include <array>
 #include <functional>
+#include <string>
 
 class QComboBox;
 class QLabel;
@@ -54,7 +57,8 @@ private:
     QLineEdit* FW_info_txt_ = nullptr;
     QLineEdit* Selected_Engine_config_row_txt_ = nullptr;
     QLabel* Crank_angle_example_label_ = nullptr;
-    QLabel* Fuel_teeth_recomend_ = nullptr;
+    // The recommendation of teeth last handed to the settings form's label beside the teeth.
+    std::string teeth_shown_;
     QPushButton* Init_Selection_guide_ = nullptr;
     QPushButton* Engine_Config_OK_ = nullptr;
     QPushButton* Engine_Config_Cancle_ = nullptr;

@@ -29,6 +29,7 @@ Model_Preset_Box::Model_Preset_Box(App_Context& app, std::function<User_Dialogs&
     auto* layout = new QVBoxLayout(this);
     PresetList_ = new QComboBox(this);
     PresetList_->setObjectName("PresetList");
+    PresetList_->setPlaceholderText("Choose a preset");
     connect(PresetList_, &QComboBox::activated, this, &Model_Preset_Box::PresetList_Click);
     layout->addWidget(PresetList_);
 

@@ -1,18 +1,22 @@
-// The engine frame and the model presets as a tuner uses them, offscreen, by the controls'
-// names: the guide from "EDIT" to "APPLY", "CANCEL", and a preset applied and taken back.
+// The engine frame and the model presets on the settings form as a tuner uses them,
+// offscreen, by the controls' names: the guide from "EDIT" to "APPLY", "CANCEL", and a preset applied and
+// taken back.
 
 #include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
-#include "ui/engine_config_box.h"
-#include "ui/model_preset_box.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QComboBox>
+#include <QDir>
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTabWidget>
 
 #include <gtest/gtest.h>
 
@@ -27,13 +31,15 @@ protected:
     void SetUp() override {
         test::Copy_Shipped_Data(dir);
         window = test::Start_Main_Window(dir, dialogs);
-        engine = std::make_unique<ui::Engine_Config_Box>(
-            window->App(), [this] { window->Update_All(); }, nullptr);
-        engine->Init();
-        presets = std::make_unique<ui::Model_Preset_Box>(
-            window->App(), [this]() -> User_Dialogs& { return dialogs; }, [this] { window->Update_All(); },
-            nullptr);
-        presets->Init();
+        // As a tuner gets there: Settings, Engine settings, the "Engine setup" tab.
+        window->findChild<QAction*>("mnu_Settings")->trigger();
+        settings = window->findChild<QWidget*>("QX_settings");
+        ASSERT_NE(settings, nullptr);
+        settings->findChild<QTabWidget*>("QX_Settings_SSTab")->setCurrentIndex(11);
+        engine = In<QGroupBox>(settings, "Engine_Config_frame");
+        presets = In<QGroupBox>(settings, "Model_preset_frame");
+        ASSERT_TRUE(engine != nullptr && presets != nullptr);
+        ASSERT_TRUE(engine->isVisible());
     }
     template <class W>
     W* In(QWidget* parent, const char* name) {
@@ -55,12 +61,13 @@ protected:
     Temp_Dir dir;
     Scripted_Dialogs dialogs;
     std::unique_ptr<ui::BoostProgMain> window;
-    std::unique_ptr<ui::Engine_Config_Box> engine;
-    std::unique_ptr<ui::Model_Preset_Box> presets;
+    QWidget* settings = nullptr;
+    QGroupBox* engine = nullptr;
+    QGroupBox* presets = nullptr;
 };
 
 TEST_F(EngineFrames, GuideFromEditThroughEveryListToApply) {
-    QWidget* f = engine.get();
+    QWidget* f = engine;
     EXPECT_EQ(In<QComboBox>(f, "Engine_setup_combo")->count(), 256);
     EXPECT_TRUE(engine->title().startsWith("Engine configuration.  Current selection: "));
     EXPECT_FALSE(In<QComboBox>(f, "Cylinder_info")->isEnabled());
@@ -84,21 +91,29 @@ TEST_F(EngineFrames, GuideFromEditThroughEveryListToApply) {
     EXPECT_EQ(In<QLineEdit>(f, "Selected_Engine_config_row_txt")->text(), "8");
     ASSERT_TRUE(In<QPushButton>(f, "Engine_Config_OK")->isEnabled());
     EXPECT_EQ(Byte(6), 0); // nothing written before APPLY
+    if (const QString out = qEnvironmentVariable("QUORLEN_SCREENSHOT_DIR"); !out.isEmpty()) {
+        settings->resize(1280, 800);
+        QApplication::processEvents();
+        settings->grab().save(QDir(out).filePath("settings_11_engine_guide.png"));
+    }
 
     In<QPushButton>(f, "Engine_Config_OK")->click();
     EXPECT_EQ(Byte(6), 7);
     EXPECT_EQ(window->App().image.ChangedByte[6], Changed_Mark);
     EXPECT_TRUE(In<QComboBox>(f, "Engine_setup_combo")->isEnabled());
     EXPECT_EQ(In<QComboBox>(f, "Engine_setup_combo")->currentIndex(), 7);
-    EXPECT_EQ(In<QLabel>(f, "Fuel_teeth_recomend")->text(), "Recomended: 77 teeth");
+    EXPECT_EQ(In<QLabel>(settings, "Fuel_teeth_recomend")->text(), "Recomended: 77 teeth");
     EXPECT_EQ(window->findChild<QLabel*>("Fuel_Mode_label")->text(), "Sequential fuel");
 
+    // Undo takes the layout back, and the frame follows.
     window->edit_undo_Click();
     EXPECT_EQ(Byte(6), 0);
+    EXPECT_EQ(In<QComboBox>(f, "Engine_setup_combo")->currentIndex(), 0);
+    EXPECT_EQ(In<QComboBox>(f, "Crank_sensor")->currentText(), "Crank 36-1");
 }
 
 TEST_F(EngineFrames, CancelLeavesTheLayoutAndTheLock) {
-    QWidget* f = engine.get();
+    QWidget* f = engine;
     In<QPushButton>(f, "Init_Selection_guide")->click();
     Choose(f, "Cylinder_info", "5 cylinders");
     In<QPushButton>(f, "Engine_Config_Cancle")->click();
@@ -110,7 +125,7 @@ TEST_F(EngineFrames, CancelLeavesTheLayoutAndTheLock) {
 }
 
 TEST_F(EngineFrames, PresetAppliedIsAnEditUndoTakesBack) {
-    QWidget* p = presets.get();
+    QWidget* p = presets;
     Choose(p, "PresetList", "Sequential fuel (needs cam sensor)");
     EXPECT_EQ(In<QPlainTextEdit>(p, "Preset_Changes_txt")->toPlainText(),
               "These presets will change:\n185: 0 -> 64\n");
@@ -125,7 +140,7 @@ TEST_F(EngineFrames, PresetAppliedIsAnEditUndoTakesBack) {
 }
 
 TEST_F(EngineFrames, PresetBWantsABasePercentage) {
-    QWidget* p = presets.get();
+    QWidget* p = presets;
     Choose(p, "PresetList", "Rev limit 7500 rpm");
     In<QPushButton>(p, "Preset_B")->click();
     ASSERT_EQ(dialogs.informed.size(), 1u);
