@@ -13,6 +13,7 @@
 #include "ui/qx_3dmap.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
+#include "ui/qx_rpm.h"
 #include "ui/qx_verify_frm.h"
 #include "ui/rw_panel.h"
 
@@ -146,6 +147,7 @@ void BoostProgMain::Build_Menus() {
     view->setObjectName("View_menu");
     action(view, "View_write_debug", "&Communication report", &BoostProgMain::View_write_debug_Click);
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
+    action(view, "View_Log", "&Log window...", &BoostProgMain::View_Log_Click);
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -191,7 +193,11 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     Com_Open_ = button("Com_Open", "Open port", 1, 0);
     Com_Close_ = button("Com_Close", "Close port", 1, 1);
     Stop_Logging_cmd_ = button("Stop_Logging_cmd", "START LOGGING", 1, 3);
-    box_layout->setColumnStretch(4, 1);
+    // How long the engine has run, as a binary log tells it.
+    Engine_On_label_ = new QLabel(box);
+    Engine_On_label_->setObjectName("Engine_On_label");
+    box_layout->addWidget(Engine_On_label_, 1, 4);
+    box_layout->setColumnStretch(5, 1);
     // The box commands stay disabled until the load has finished.
     Set_Command_Buttons_Enabled(false);
     Stop_Logging_cmd_->setEnabled(false);
@@ -424,6 +430,9 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             form = new QX_Verify_frm(app_, dialogs, this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "QX_RPM") {
+        form = new QX_RPM(
+            app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
             app_, this, [] {},

@@ -106,6 +106,7 @@ public:
     void Stop_Logging_cmd_Click();
     void Log_Autostart(int index);
     double Logged_RPM();
+    void View_Log_Click();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -169,6 +170,7 @@ private:
     QPushButton* Com_Open_ = nullptr;
     QPushButton* Com_Close_ = nullptr;
     QPushButton* Stop_Logging_cmd_ = nullptr;
+    QLabel* Engine_On_label_ = nullptr;
     QAction* Help_wwwlink_ = nullptr;
     QAction* Online_mnu_ = nullptr;
     QAction* Engine_OnOff_mnu_ = nullptr;
