@@ -111,36 +111,67 @@ bool Smoothable(const Log_Columns& c, int column) {
            !In_Range(column, c.Col_Status3, 8);
 }
 
-// `count` values of `column` from row `first` (NaN outside rows 1..last); with `n` above 0
-// each is the mean of the values from n rows before to n rows after it, gaps left out.
+// One column asked of Columns_Values: `count` values from the first row, each the mean of the
+// values `smoothing` rows either side of it when that is above 0 (gaps left out).
+struct Column_Request {
+    int column = 0;
+    int smoothing = 0;
+    std::vector<double>* out = nullptr;
+};
+
+// The asked columns for `count` rows from row `first` (NaN outside rows 1..last), read in one
+// pass along the rows: the array keeps a row's columns together, and walking a column alone
+// would take a cache line a row.
+void Columns_Values(const Log_Array& data, int last, int first, int count,
+                    const std::vector<Column_Request>& asked) {
+    last = std::min(last, Log_Row_Limit);
+    int pad = 0;
+    for (const Column_Request& c : asked) {
+        c.out->assign(static_cast<std::size_t>(std::max(count, 0)), Nan);
+        pad = std::max(pad, c.smoothing);
+    }
+    const int lo = std::max(1, first - pad), hi = std::min(last, first + count - 1 + pad);
+    if (hi < lo || asked.empty()) return;
+    const auto span = static_cast<std::size_t>(hi - lo + 1);
+    // Smoothed columns gather their padded rows first; the others go straight to their place.
+    std::vector<std::vector<double>> padded(asked.size());
+    for (std::size_t i = 0; i < asked.size(); ++i)
+        if (asked[i].smoothing > 0) padded[i].resize(span);
+    for (int r = lo; r <= hi; ++r) {
+        const double* row = data.Row(r);
+        const bool shown = r >= first && r < first + count;
+        for (std::size_t i = 0; i < asked.size(); ++i) {
+            const double v = row[asked[i].column];
+            if (asked[i].smoothing > 0)
+                padded[i][static_cast<std::size_t>(r - lo)] = v;
+            else if (shown)
+                (*asked[i].out)[static_cast<std::size_t>(r - first)] = v;
+        }
+    }
+    std::vector<double> sum(span + 1);
+    std::vector<int> seen(span + 1);
+    for (std::size_t i = 0; i < asked.size(); ++i) {
+        const int n = asked[i].smoothing;
+        if (n <= 0) continue;
+        const std::vector<double>& v = padded[i];
+        for (std::size_t k = 0; k < span; ++k) {
+            const bool empty = Log_Array::Empty(v[k]);
+            sum[k + 1] = sum[k] + (empty ? 0.0 : v[k]);
+            seen[k + 1] = seen[k] + (empty ? 0 : 1);
+        }
+        const int from = std::max(first, lo), to = std::min(first + count - 1, hi);
+        for (int r = from; r <= to; ++r) {
+            if (Log_Array::Empty(v[static_cast<std::size_t>(r - lo)])) continue;
+            const auto a = static_cast<std::size_t>(std::max(lo, r - n) - lo);
+            const auto b = static_cast<std::size_t>(std::min(hi, r + n) - lo + 1);
+            (*asked[i].out)[static_cast<std::size_t>(r - first)] = (sum[b] - sum[a]) / (seen[b] - seen[a]);
+        }
+    }
+}
+
 void Column_Values(const Log_Array& data, int last, int column, int first, int count, int n,
                    std::vector<double>& out) {
-    out.assign(static_cast<std::size_t>(std::max(count, 0)), Nan);
-    last = std::min(last, Log_Row_Limit);
-    if (n <= 0) {
-        const int from = std::max(first, 1), to = std::min(first + count - 1, last);
-        for (int r = from; r <= to; ++r)
-            out[static_cast<std::size_t>(r - first)] = data.Row(r)[column];
-        return;
-    }
-    const int lo = std::max(1, first - n), hi = std::min(last, first + count - 1 + n);
-    if (hi < lo) return;
-    std::vector<double> sum(static_cast<std::size_t>(hi - lo + 2), 0.0);
-    std::vector<int> seen(sum.size(), 0);
-    for (int r = lo; r <= hi; ++r) {
-        const double v = data.Row(r)[column];
-        const auto i = static_cast<std::size_t>(r - lo);
-        const bool empty = Log_Array::Empty(v);
-        sum[i + 1] = sum[i] + (empty ? 0.0 : v);
-        seen[i + 1] = seen[i] + (empty ? 0 : 1);
-    }
-    const int from = std::max(first, 1), to = std::min(first + count - 1, last);
-    for (int r = from; r <= to; ++r) {
-        if (Log_Array::Empty(data.Row(r)[column])) continue;
-        const auto a = static_cast<std::size_t>(std::max(lo, r - n) - lo);
-        const auto b = static_cast<std::size_t>(std::min(hi, r + n) - lo + 1);
-        out[static_cast<std::size_t>(r - first)] = (sum[b] - sum[a]) / (seen[b] - seen[a]);
-    }
+    Columns_Values(data, last, first, count, {Column_Request{column, n, &out}});
 }
 
 // Min and max of each of `buckets` runs of values, in the order they occur: the line through
@@ -171,6 +202,15 @@ void Decimate(const std::vector<double>& v, double x_first, double dx, int bucke
             if (low != high) add(std::max(low, high));
         }
     }
+    // A level held for many rows (a status bit, the gear, a target) is one line: only the ends
+    // of each run of equal values are drawn.
+    std::size_t kept = 0;
+    for (std::size_t k = 0; k < s.points.size(); ++k) {
+        const bool inside_run = k > 0 && k + 1 < s.points.size() && s.points[k - 1].y == s.points[k].y &&
+                                s.points[k + 1].y == s.points[k].y;
+        if (!inside_run) s.points[kept++] = s.points[k];
+    }
+    s.points.resize(kept);
     s.any = !s.points.empty();
     s.low = s.high = 0;
     for (const Chart_Point& p : s.points) {
@@ -200,14 +240,6 @@ const std::string& Unit_Of(const Log_State& log, int signal) {
 std::string Head_Of(const Log_State& log, int signal, bool compare) {
     const std::string& unit = Unit_Of(log, signal);
     return Label_Of(log, signal, compare) + (unit.empty() ? "" : " [" + unit + "]");
-}
-
-std::string Csv_Field(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string quoted = "\"";
-    for (char ch : text)
-        quoted += ch == '"' ? std::string("\"\"") : std::string(1, ch);
-    return quoted + "\"";
 }
 
 std::string Value_Text(double v) {
@@ -309,6 +341,22 @@ Axis_Scale Axis_Scale_Of(const std::string& min_text, const std::string& max_tex
     return scale;
 }
 
+Axis_Scale Nice_Scale(const Axis_Scale& scale, int ticks) {
+    Axis_Scale nice = scale;
+    if (!scale.automatic || !(scale.max > scale.min) || !std::isfinite(scale.max - scale.min)) {
+        nice.ticks = 9;
+        return nice;
+    }
+    const double raw = (scale.max - scale.min) / std::max(ticks - 1, 1);
+    const double power = std::pow(10.0, std::floor(std::log10(raw)));
+    const double fraction = raw / power;
+    const double step = (fraction <= 1 ? 1 : fraction <= 2 ? 2 : fraction <= 5 ? 5 : 10) * power;
+    nice.min = std::floor(scale.min / step + 1e-9) * step;
+    nice.max = std::ceil(scale.max / step - 1e-9) * step;
+    nice.ticks = static_cast<int>(std::lround((nice.max - nice.min) / step)) + 1;
+    return nice;
+}
+
 std::string Scale_Entry_Text(const std::string& typed) {
     const std::string t = Trim(typed);
     if (Equal_No_Case(t, "a") || Equal_No_Case(t, "auto")) return "Auto";
@@ -347,12 +395,15 @@ const Chart_Content& Chart_Builder::Build(const Log_State& log, const Chart_Opti
         old[static_cast<std::size_t>(s.signal)][s.compare ? 1 : 0] = static_cast<int>(k);
     }
 
-    std::vector<double> values;
     const int smoothing = Chart_Smoothing(log.setup);
     for (bool compare : {false, true}) {
         if (compare && !log.Compare_Mode) break;
         const Log_Array& data = compare ? log.Compare_Data : log.Log_Data;
         const int first = compare ? w.Compare_Start : w.Zoom_Start;
+        const int data_rows = Data_Rows(log, compare);
+        // Series whose key is the one they were made with keep their points; the rest are read
+        // together, then thinned.
+        std::vector<std::size_t> fresh;
         for (int signal : shown) {
             const int column = signal + 1;
             Series_Key key;
@@ -363,18 +414,16 @@ const Chart_Content& Chart_Builder::Build(const Log_State& log, const Chart_Opti
             key.x_in_rows = options.x_in_rows;
             key.x_first = next.x_first;
             key.data_version = log.Data_Version;
-            key.data_rows = Data_Rows(log, compare);
+            key.data_rows = data_rows;
 
             Chart_Series s;
             const int at = old[static_cast<std::size_t>(signal)][compare ? 1 : 0];
             if (at >= 0 && content_.series[static_cast<std::size_t>(at)].key == key) {
                 s = std::move(content_.series[static_cast<std::size_t>(at)]);
             } else {
-                Column_Values(data, key.data_rows, column, first, next.rows, key.smoothing, values);
-                Decimate(values, next.x_first, options.x_in_rows ? 1.0 : Row_Seconds, key.buckets, s);
                 s.key = key;
                 s.version = next_version_++;
-                ++rebuilt_;
+                fresh.push_back(next.series.size());
             }
             s.signal = signal;
             s.compare = compare;
@@ -383,6 +432,18 @@ const Chart_Content& Chart_Builder::Build(const Log_State& log, const Chart_Opti
             next.uses_secondary = next.uses_secondary || s.secondary;
             next.series.push_back(std::move(s));
         }
+        std::vector<std::vector<double>> values(fresh.size());
+        std::vector<Column_Request> asked;
+        for (std::size_t i = 0; i < fresh.size(); ++i) {
+            const Chart_Series& s = next.series[fresh[i]];
+            asked.push_back({s.signal + 1, s.key.smoothing, &values[i]});
+        }
+        Columns_Values(data, data_rows, first, next.rows, asked);
+        for (std::size_t i = 0; i < fresh.size(); ++i) {
+            Chart_Series& s = next.series[fresh[i]];
+            Decimate(values[i], next.x_first, options.x_in_rows ? 1.0 : Row_Seconds, s.key.buckets, s);
+        }
+        rebuilt_ += static_cast<int>(fresh.size());
     }
     Fit(next.primary, next.series, false);
     Fit(next.secondary, next.series, true);
@@ -441,6 +502,14 @@ std::string Chart_Csv(const Log_State& log, bool x_in_rows) {
         text += "\r\n";
     }
     return text;
+}
+
+std::string Csv_Field(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+    std::string quoted = "\"";
+    for (char ch : text)
+        quoted += ch == '"' ? std::string("\"\"") : std::string(1, ch);
+    return quoted + "\"";
 }
 
 std::string Export_Name(const Log_State& log, const std::string& suffix) {

@@ -67,7 +67,12 @@ struct Chart_Point {
 struct Axis_Scale {
     bool automatic = true;
     double min = 0, max = 0;
+    int ticks = 9; // lines across the axis, both ends counted
 };
+
+// An axis left to the data widened to round steps of 1, 2 or 5 times a power of ten, with
+// about `ticks` lines; a fixed axis is divided in eight as it stands.
+Axis_Scale Nice_Scale(const Axis_Scale& scale, int ticks = 7);
 
 // Fixed only when both texts hold a number: "" and "Auto" leave the axis to the data. A
 // maximum not above the minimum can't be drawn and leaves it to the data too.
@@ -144,6 +149,9 @@ std::string Show_All_Point_Values(const Log_State& log, int row);
 // Every shown row (no thinning) of every shown column, as the chart draws them, under a head
 // that starts with "Time". Lines end in CR LF.
 std::string Chart_Csv(const Log_State& log, bool x_in_rows = false);
+
+// A field of a comma-separated table, quoted when it holds a comma, a quote or a line end.
+std::string Csv_Field(const std::string& text);
 
 // The name an export of the log's chart is offered under: the log's name without ".qxl" and
 // `suffix` ("drive.qxl" and "_qxl" give "drive_qxl").

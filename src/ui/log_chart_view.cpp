@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <vector>
 
 namespace quorlen::ui {
 
@@ -53,12 +54,26 @@ QList<QPointF> Points_Of(const std::vector<Chart_Point>& points) {
     return list;
 }
 
+// Every change of an axis makes Qt Charts lay out each series on it again, so an axis is only
+// touched where it changes.
+void Set_Format(QValueAxis* axis, const QString& format) {
+    if (axis->labelFormat() != format) axis->setLabelFormat(format);
+}
+
+void Set_Ticks(QValueAxis* axis, int ticks) {
+    if (axis->tickCount() != ticks) axis->setTickCount(ticks);
+}
+
+void Set_Range(QValueAxis* axis, double low, double high) {
+    if (axis->min() != low || axis->max() != high) axis->setRange(low, high);
+}
+
 // A value axis left to the data gets round steps; a fixed one is divided in eight.
 void Scale_Axis(QValueAxis* axis, const Axis_Scale& scale) {
-    axis->setLabelFormat("%g");
-    axis->setTickCount(scale.automatic ? 7 : 9);
-    axis->setRange(scale.min, scale.max);
-    if (scale.automatic) axis->applyNiceNumbers();
+    const Axis_Scale nice = Nice_Scale(scale);
+    Set_Format(axis, "%g");
+    Set_Ticks(axis, nice.ticks);
+    Set_Range(axis, nice.min, nice.max);
 }
 
 } // namespace
@@ -87,7 +102,9 @@ Log_Chart_View::Log_Chart_View(QWidget* parent) : QChartView(new QChart, parent)
 }
 
 int Log_Chart_View::Buckets() const {
-    return std::max(100, width());
+    // The plot's own width once the chart has laid it out; the view's before.
+    const double plot = chart()->plotArea().width();
+    return std::max(100, plot > 50 ? static_cast<int>(plot) : width());
 }
 
 void Log_Chart_View::Apply_Look(const Chart_Look& look) {
@@ -148,7 +165,7 @@ void Log_Chart_View::Drop_Unused(const std::map<Key, bool>& used) {
 void Log_Chart_View::Set_Axes(double x_low, double x_high, const Axis_Scale& primary,
                               const Axis_Scale& secondary, bool uses_secondary) {
     if (x_high <= x_low) x_high = x_low + 1;
-    x_->setRange(x_low, x_high);
+    Set_Range(x_, x_low, x_high);
     Scale_Axis(y1_, primary);
     y2_->setVisible(uses_secondary);
     if (uses_secondary) Scale_Axis(y2_, secondary);
@@ -171,12 +188,12 @@ void Log_Chart_View::Show(const Chart_Content& content, const Chart_Look& look) 
             placeholder_->attachAxis(x_);
             placeholder_->attachAxis(y1_);
         }
-        x_->setLabelFormat("%.0f");
-        x_->setTickCount(2);
-        x_->setRange(1, 2);
+        Set_Format(x_, "%.0f");
+        Set_Ticks(x_, 2);
+        Set_Range(x_, 1, 2);
         x_->setTitleText("");
-        y1_->setTickCount(3);
-        y1_->setRange(-1, 1);
+        Set_Ticks(y1_, 3);
+        Set_Range(y1_, -1, 1);
         y2_->setVisible(false);
         return;
     }
@@ -187,22 +204,29 @@ void Log_Chart_View::Show(const Chart_Content& content, const Chart_Look& look) 
     Drop_Unused(used);
     // About one dot a row is all that helps; more would hide the line.
     const bool markers = look.markers && content.rows > 0 && content.rows * 4 <= Buckets();
+    // Series that take new points are emptied first, so the axes move over nothing and each
+    // new point is laid out once.
+    std::vector<std::pair<QXYSeries*, const Chart_Series*>> changed;
     for (const Chart_Series& s : content.series) {
         QXYSeries* series = Series_For(s, false);
         Entry& e = series_[{s.signal, s.compare}];
         const QString name = QString::fromLatin1(s.label.c_str());
         if (series->name() != name) series->setName(name);
-        Attach(e, s.secondary);
         if (e.version != s.version) {
-            series->replace(Points_Of(s.points));
+            if (series->count() > 0) series->clear();
+            changed.emplace_back(series, &s);
             e.version = s.version;
         }
+        Attach(e, s.secondary);
         if (series->pointsVisible() != markers) series->setPointsVisible(markers);
     }
-    x_->setLabelFormat(content.x_in_rows ? "%.0f" : "%.2f");
-    x_->setTitleText(content.x_in_rows ? "row" : "s");
-    x_->setTickCount(9);
+    Set_Format(x_, content.x_in_rows ? "%.0f" : "%.2f");
+    const QString x_title = content.x_in_rows ? "row" : "s";
+    if (x_->titleText() != x_title) x_->setTitleText(x_title);
+    Set_Ticks(x_, 9);
     Set_Axes(content.x_first, content.x_last, content.primary, content.secondary, content.uses_secondary);
+    for (const auto& [series, s] : changed)
+        series->replace(Points_Of(s->points));
 }
 
 void Log_Chart_View::Show_Xy(const Xy_Content& content, const Chart_Look& look) {

@@ -3,9 +3,11 @@
 // first and lined up, values read at a click, the chart exported as a table and as pictures,
 // and the RPM graph beside it. With QUORLEN_SCREENSHOT_DIR set the windows are saved there.
 
+#include "core/text.h"
 #include "logging/log_chart.h"
 #include "logging/log_study.h"
 #include "support/boxsim_run.h"
+#include "support/cli_run.h"
 #include "support/drive_log.h"
 #include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
@@ -303,6 +305,43 @@ TEST_F(LogChartWindow, TheMainWindowsViewMenuShowsTheLogWindow) {
     for (int s : {11, 13, 40})
         Tick(0, s, false);
     EXPECT_EQ(Series_Names(log->Chart_View()), std::vector<QString>{"Select a signal to view"});
+}
+
+// quorlen-cli draws the same chart without a window, and writes its rows.
+TEST(LogChartCli, DrawsAndExportsTheChartOfNamedSignals) {
+    test::Temp_Dir dir;
+    const std::string shipped = std::string(QUORLEN_DATA_DIR) + "/" + Default_Log_Settings_File_Name;
+    const std::string a = dir.File("a.qxl"), b = dir.File("b.qxl");
+    Write_File(a, test::Drive_Log_Text(shipped, 0, 600, "a.qxl"));
+    Write_File(b, test::Drive_Log_Text(shipped, 300, 400, "b.qxl"));
+
+    auto r = test::Run_Cli({"log-chart", a, "--signals", "rpm,13", "--compare", b, "--from", "101", "--to",
+                            "110", "-o", dir.File("rows.csv")});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out, "rows: 101 to 110\nfile: " + dir.File("rows.csv") + "\ncompared rows: 101 to 110\n");
+    const std::vector<std::string> lines = Split_Lines(Read_File(dir.File("rows.csv")));
+    ASSERT_EQ(lines.size(), 11u);
+    EXPECT_EQ(lines[0], "Time,RPM [rpm],AN3 MAP [bar],(2)RPM [rpm],(2)AN3 MAP [bar]");
+    EXPECT_EQ(lines[1].rfind("5.00,", 0), 0u);
+
+    r = test::Run_Cli({"log-chart", a, "--signals", "Power", "--second", "AN3 MAP", "--x", "MAP", "--size",
+                       "800x500", "-o", dir.File("pairs.png")});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(QImage(QString::fromStdString(dir.File("pairs.png"))).size(), QSize(800, 500));
+    r = test::Run_Cli({"log-chart", a, "--signals", "RPM", "-o", dir.File("chart.bmp")});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(QImage(QString::fromStdString(dir.File("chart.bmp"))).size(), QSize(1200, 700));
+
+    r = test::Run_Cli({"log-chart", a, "--signals", "RPM,Boost", "-o", dir.File("x.png")});
+    EXPECT_EQ(r.code, 2);
+    EXPECT_NE(r.err.find("no signal 'Boost'; it has: RPM, Ignition,"), std::string::npos) << r.err;
+    EXPECT_EQ(
+        test::Run_Cli({"log-chart", dir.File("none.qxl"), "--signals", "RPM", "-o", dir.File("x.png")}).code,
+        1);
+    EXPECT_EQ(
+        test::Run_Cli({"log-chart", a, "--signals", "RPM", "--from", "5", "-o", dir.File("x.png")}).code, 2);
+    EXPECT_EQ(test::Run_Cli({"log-chart", a, "--signals", "RPM", "-o", dir.File("x.jpg")}).code, 2);
+    EXPECT_FALSE(std::filesystem::exists(dir.File("x.png")));
 }
 
 } // namespace
