@@ -35,17 +35,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Quiet final : quorlen::User_Dialogs {
-    void Inform(const std::string&) override {}
-    quorlen::Answer Ask_Ok_Cancel(const std::string&) override { return quorlen::Answer::Ok; }
-    quorlen::Answer Ask_Yes_No(const std::string&) override { return quorlen::Answer::No; }
-    std::optional<quorlen::Picked_File> Pick_Open_File(const quorlen::File_Dialog_Setup&) override {
-        return {};
-    }
-    std::optional<quorlen::Picked_File> Pick_Save_File(const quorlen::File_Dialog_Setup&) override {
-        return {};
-    }
-};
+}
+std::optional<quorlen::Picked_File> Pick_Save_File(const quorlen::File_Dialog_Setup&) override {
+    return {};
+}
+}
+;
 
 // Two logs of the simulator's drive, 7000 rows each, and the log window on the first with
 // every signal ticked.
@@ -53,7 +48,7 @@ struct Window {
     fs::path dir = fs::temp_directory_path() / ("quorlen-chart-bench-" + std::to_string(::getpid()));
     std::string a = (dir / "a.qxl").string(), b = (dir / "b.qxl").string();
     quorlen::App_Context app;
-    Quiet dialogs;
+    quorlen::Silent_Dialogs dialogs;
     std::unique_ptr<quorlen::ui::QX_Log> log;
 
     Window() {

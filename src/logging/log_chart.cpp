@@ -100,6 +100,22 @@ int Data_Rows(const Log_State& log, bool compare) {
     return log.capture.Logging_Running ? log.capture.Log_Row_Count : log.Last_Row;
 }
 
+// The files on show: the log, and in compare mode the compared file, each with its array, the
+// first of its rows on show and the rows it has.
+struct Shown_File {
+    const Log_Array& data;
+    int first;
+    int rows;
+    bool compare;
+};
+
+std::vector<Shown_File> Shown_Files(const Log_State& log) {
+    std::vector<Shown_File> files{{log.Log_Data, log.window.Zoom_Start, Data_Rows(log, false), false}};
+    if (log.Compare_Mode)
+        files.push_back({log.Compare_Data, log.window.Compare_Start, Data_Rows(log, true), true});
+    return files;
+}
+
 bool In_Range(int column, int first, int count) {
     return first >= 0 && column >= first && column < first + count;
 }
@@ -396,11 +412,10 @@ const Chart_Content& Chart_Builder::Build(const Log_State& log, const Chart_Opti
     }
 
     const int smoothing = Chart_Smoothing(log.setup);
-    for (bool compare : {false, true}) {
-        if (compare && !log.Compare_Mode) break;
-        const Log_Array& data = compare ? log.Compare_Data : log.Log_Data;
-        const int first = compare ? w.Compare_Start : w.Zoom_Start;
-        const int data_rows = Data_Rows(log, compare);
+    for (const Shown_File& file : Shown_Files(log)) {
+        const bool compare = file.compare;
+        const int first = file.first;
+        const int data_rows = file.rows;
         // Series whose key is the one they were made with keep their points; the rest are read
         // together, then thinned.
         std::vector<std::size_t> fresh;
@@ -438,7 +453,7 @@ const Chart_Content& Chart_Builder::Build(const Log_State& log, const Chart_Opti
             const Chart_Series& s = next.series[fresh[i]];
             asked.push_back({s.signal + 1, s.key.smoothing, &values[i]});
         }
-        Columns_Values(data, data_rows, first, next.rows, asked);
+        Columns_Values(file.data, data_rows, first, next.rows, asked);
         for (std::size_t i = 0; i < fresh.size(); ++i) {
             Chart_Series& s = next.series[fresh[i]];
             Decimate(values[i], next.x_first, options.x_in_rows ? 1.0 : Row_Seconds, s.key.buckets, s);
@@ -460,14 +475,12 @@ int Row_At(const Log_State& log, double x, bool x_in_rows) {
 std::string Show_All_Point_Values(const Log_State& log, int row) {
     std::string text = "Time: " + Format_Number((row - 1) * Row_Seconds, "0.00");
     const int compare_row = log.window.Compare_Start + (row - log.window.Zoom_Start);
-    for (bool compare : {false, true}) {
-        if (compare && !log.Compare_Mode) break;
-        const Log_Array& data = compare ? log.Compare_Data : log.Log_Data;
-        const int r = compare ? compare_row : row;
-        const bool inside = r >= 1 && r <= Data_Rows(log, compare);
+    for (const Shown_File& file : Shown_Files(log)) {
+        const int r = file.compare ? compare_row : row;
+        const bool inside = r >= 1 && r <= file.rows;
         for (int signal : Shown_Signals(log)) {
-            const double v = inside ? data(r, signal + 1) : Nan;
-            text += "\r\n" + Label_Of(log, signal, compare) + ": " + Value_Text(v) + " [" +
+            const double v = inside ? file.data(r, signal + 1) : Nan;
+            text += "\r\n" + Label_Of(log, signal, file.compare) + ": " + Value_Text(v) + " [" +
                     Unit_Of(log, signal) + "]";
         }
     }
@@ -481,15 +494,16 @@ std::string Chart_Csv(const Log_State& log, bool x_in_rows) {
     std::string text = x_in_rows ? "Time,Row" : "Time";
     std::vector<std::vector<double>> columns;
     const int smoothing = Chart_Smoothing(log.setup);
-    for (bool compare : {false, true}) {
-        if (compare && !log.Compare_Mode) break;
-        for (int signal : shown) {
-            text += "," + Csv_Field(Head_Of(log, signal, compare));
-            columns.emplace_back();
-            Column_Values(compare ? log.Compare_Data : log.Log_Data, Data_Rows(log, compare), signal + 1,
-                          compare ? w.Compare_Start : w.Zoom_Start, rows,
-                          Smoothable(log.columns, signal + 1) ? smoothing : 0, columns.back());
+    for (const Shown_File& file : Shown_Files(log)) {
+        const std::size_t from = columns.size();
+        columns.resize(from + shown.size());
+        std::vector<Column_Request> asked;
+        for (std::size_t i = 0; i < shown.size(); ++i) {
+            const int column = shown[i] + 1;
+            text += "," + Csv_Field(Head_Of(log, shown[i], file.compare));
+            asked.push_back({column, Smoothable(log.columns, column) ? smoothing : 0, &columns[from + i]});
         }
+        Columns_Values(file.data, file.rows, file.first, rows, asked);
     }
     text += "\r\n";
     text.reserve(text.size() + static_cast<std::size_t>(rows) * (8 + 8 * columns.size()));
@@ -547,19 +561,15 @@ Xy_Content Rpm_Graph(const Log_State& log, Reference_Signal reference, int width
     std::vector<std::size_t> marked;
     std::vector<double> xs, ys;
     bool any_x = false;
-    for (bool compare : {false, true}) {
-        if (compare && !log.Compare_Mode) break;
-        const Log_Array& data = compare ? log.Compare_Data : log.Log_Data;
-        const int first = compare ? w.Compare_Start : w.Zoom_Start;
-        const int last = Data_Rows(log, compare);
-        Column_Values(data, last, x_column, first, rows, 0, xs);
+    for (const Shown_File& file : Shown_Files(log)) {
+        Column_Values(file.data, file.rows, x_column, file.first, rows, 0, xs);
         for (int signal : shown) {
-            Column_Values(data, last, signal + 1, first, rows, 0, ys);
+            Column_Values(file.data, file.rows, signal + 1, file.first, rows, 0, ys);
             Chart_Series s;
             s.signal = signal;
-            s.compare = compare;
+            s.compare = file.compare;
             s.secondary = log.setup.controls[static_cast<std::size_t>(signal)].secondary != 0;
-            s.label = Label_Of(log, signal, compare);
+            s.label = Label_Of(log, signal, file.compare);
             double x_low = 0, x_high = 0;
             bool any = false;
             for (int k = 0; k < rows; ++k) {
@@ -622,17 +632,13 @@ std::string Rpm_Graph_Csv(const Log_State& log, Reference_Signal reference) {
         std::vector<double> x, y;
     };
     std::vector<Pair> pairs;
-    for (bool compare : {false, true}) {
-        if (compare && !log.Compare_Mode) break;
-        const Log_Array& data = compare ? log.Compare_Data : log.Log_Data;
-        const int first = compare ? w.Compare_Start : w.Zoom_Start;
-        const int last = Data_Rows(log, compare);
+    for (const Shown_File& file : Shown_Files(log)) {
         for (int signal : Shown_Signals(log)) {
-            text +=
-                std::string(",") + Reference_Name(reference) + "," + Csv_Field(Head_Of(log, signal, compare));
+            text += std::string(",") + Reference_Name(reference) + "," +
+                    Csv_Field(Head_Of(log, signal, file.compare));
             Pair p;
-            Column_Values(data, last, x_column, first, rows, 0, p.x);
-            Column_Values(data, last, signal + 1, first, rows, 0, p.y);
+            Column_Values(file.data, file.rows, x_column, file.first, rows, 0, p.x);
+            Column_Values(file.data, file.rows, signal + 1, file.first, rows, 0, p.y);
             pairs.push_back(std::move(p));
         }
     }

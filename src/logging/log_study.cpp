@@ -10,20 +10,6 @@
 
 namespace quorlen {
 
-namespace {
-
-// A log calculated again says nothing it didn't say when it was opened.
-class Quiet_Dialogs final : public User_Dialogs {
-public:
-    void Inform(const std::string&) override {}
-    Answer Ask_Ok_Cancel(const std::string&) override { return Answer::Ok; }
-    Answer Ask_Yes_No(const std::string&) override { return Answer::Yes; }
-    std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup&) override { return std::nullopt; }
-    std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
-};
-
-} // namespace
-
 bool Open_Compare_File(Log_Context& ctx, const std::string& path) {
     Proc_Guard guard(ctx.debug, "Open compare file");
     Log_State& log = ctx.log;
@@ -106,7 +92,8 @@ void Apply_Log_Setup(Log_Context& ctx) {
     log.plan_ready = false;
     if (log.capture.Logging_Running || log.Last_Row <= 0) return;
     guard.Step([&] {
-        Quiet_Dialogs quiet;
+        // A log calculated again says nothing it didn't say when it was opened.
+        Silent_Dialogs quiet;
         Log_Context again{log,       ctx.image, ctx.program, ctx.texts, ctx.flags,
                           ctx.debug, quiet,     ctx.line,    ctx.port,  ctx.hooks};
         log.Reading_Compare = false;
