@@ -35,13 +35,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-}
-std::optional<quorlen::Picked_File> Pick_Save_File(const quorlen::File_Dialog_Setup&) override {
-    return {};
-}
-}
-;
-
 // Two logs of the simulator's drive, 7000 rows each, and the log window on the first with
 // every signal ticked.
 struct Window {
