@@ -114,7 +114,12 @@ BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options
     Build_Window();
 }
 
-BoostProgMain::~BoostProgMain() = default;
+BoostProgMain::~BoostProgMain() {
+    // The child windows read the program's state to their last moment (a running log is ended
+    // on the way out): they go while it is still there, not after it with the widget tree.
+    for (auto& [name, form] : forms_)
+        delete form.data();
+}
 
 // --- window structure -------------------------------------------------------------------
 

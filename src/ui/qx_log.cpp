@@ -238,7 +238,7 @@ void QX_Log::Build_Menus() {
     QMenu* log = bar->addMenu("&Log");
     log->setObjectName("Log_menu");
     action(log, "Start_Logg", "&Start or stop logging", &QX_Log::cmd_Open_Com_Click);
-    action(log, "view_logg_clear", "&Clear the log", &QX_Log::cmd_Clear_Logg_Click);
+    action(log, "mnu_Clear_Logg", "&Clear the log", &QX_Log::cmd_Clear_Logg_Click);
     QMenu* view = bar->addMenu("&View");
     view->setObjectName("Log_View_menu");
     action(view, "Redraw", "&Redraw", &QX_Log::Redraw_Click);
