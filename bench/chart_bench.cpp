@@ -158,6 +158,8 @@ void Settle_Chart() {
 // then left, a tick off then on), each time updating the chart.
 template <class Change>
 void Start(Window& w, bool compare, Change change) {
+    for (auto& c : w.State().setup.controls)
+        c.view = 1;
     w.Compare(compare);
     w.State().window = quorlen::Zoom_All(quorlen::Limits_Of(w.State()));
     w.log->Update_Chart();

@@ -102,9 +102,11 @@ Log_Chart_View::Log_Chart_View(QWidget* parent) : QChartView(new QChart, parent)
 }
 
 int Log_Chart_View::Buckets() const {
-    // The plot's own width once the chart has laid it out; the view's before.
+    // One run of rows every two pixel columns of the plot (the view's width before the chart
+    // has laid the plot out): its lowest and highest value stand within a pixel of where they
+    // were, and Qt Charts lays out half the points it would for one a column.
     const double plot = chart()->plotArea().width();
-    return std::max(100, plot > 50 ? static_cast<int>(plot) : width());
+    return std::max(100, (plot > 50 ? static_cast<int>(plot) : width()) / 2);
 }
 
 void Log_Chart_View::Apply_Look(const Chart_Look& look) {

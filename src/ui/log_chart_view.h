@@ -35,7 +35,7 @@ public:
 
     void Show(const Chart_Content& content, const Chart_Look& look);
     void Show_Xy(const Xy_Content& content, const Chart_Look& look);
-    // Pixel columns the series are thinned to.
+    // Runs of rows the series are thinned to, by the plot's width.
     int Buckets() const;
     // A dashed line at `x`, the clicked row; none when empty.
     void Set_Cursor(std::optional<double> x);
