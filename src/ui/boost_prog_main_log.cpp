@@ -9,6 +9,7 @@
 #include "ui/qt_dialogs.h"
 #include "ui/qx_log.h"
 #include "ui/qx_rpm.h"
+#include "ui/qx_settings.h"
 
 #include <QAction>
 #include <QLabel>
@@ -40,7 +41,10 @@ QWidget* BoostProgMain::Make_Log_Window() {
         Show_Texts();
     };
     hooks.Port_Path = [this] { return app_.link_state.Ports.Name_Of(app_.program.Com_Port); };
-    hooks.Show_Engine_On = [this](const std::string& text) { Engine_On_label_->setText(From_8bit(text)); };
+    hooks.Show_Engine_On = [this](const std::string& text) {
+        Engine_On_label_->setText(From_8bit(text));
+        if (QX_settings* settings = Settings_Form_If_Made()) settings->Show_Engine_On(text);
+    };
     hooks.Show_RPM_Graph = [this] {
         QWidget* graph = Form("QX_RPM");
         graph->show();

@@ -111,6 +111,8 @@ TEST_F(LogChartWindow, TwoSimulatorLogsTickedZoomedComparedAndExported) {
     ASSERT_NE(a, b);
     ASSERT_TRUE(std::filesystem::exists(a) && std::filesystem::exists(b));
     EXPECT_EQ(window->findChild<QLabel*>("Engine_On_label")->text().left(14), "Engine on for ");
+    EXPECT_EQ(window->Form("QX_settings")->findChild<QLabel*>("Engine_On_label")->text().left(14),
+              "Engine on for ");
 
     log->resize(1280, 820);
     log->show();
