@@ -130,6 +130,7 @@ public:
     double Logged_RPM();
     // The setting summary viewer on the image, or on the settings of the log window's log.
     void Setting_Summary_Click(bool log_settings = false);
+    void View_Log_Click();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -205,6 +206,7 @@ private:
     QPushButton* Com_Open_ = nullptr;
     QPushButton* Com_Close_ = nullptr;
     QPushButton* Stop_Logging_cmd_ = nullptr;
+    QLabel* Engine_On_label_ = nullptr;
     QAction* Help_wwwlink_ = nullptr;
     QAction* Online_mnu_ = nullptr;
     QAction* Engine_OnOff_mnu_ = nullptr;
