@@ -109,6 +109,8 @@ std::optional<Osc_Trace> Read_Osc_Text(std::string_view text, std::string& error
         const bool whole_line = lf != std::string_view::npos;
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
         if (Starts_With(line, end)) {
+            // A whole file that does not state its rate comes from a capture at 115200 baud.
+            trace.sample_rate = Default_Sample_Rate;
             Read_Tail(whole_line ? text.substr(lf + 1) : std::string_view(), trace);
             Hold_Framing_Bytes(trace);
             return trace;

@@ -47,6 +47,8 @@ struct Osc_Trace {
 // Reads the text of a .qxo file. nullopt, with `error` set, when it is not one (no mark
 // line). A line that is not a sample of 0 to 255 ends the samples there and is named in
 // `bad_line`; a last line without its line end is a sample cut in half and is dropped.
+// A whole file without its rate line was made at 115200 baud; a cut-off one may be ours at
+// either speed and takes `fallback_rate`, the caller's best guess.
 std::optional<Osc_Trace> Read_Osc_Text(std::string_view text, std::string& error,
                                        int fallback_rate = Default_Sample_Rate);
 // The same from a file; `error` also tells why a file could not be read.

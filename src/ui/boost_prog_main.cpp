@@ -146,6 +146,8 @@ void BoostProgMain::Build_Menus() {
     view->setObjectName("View_menu");
     action(view, "View_write_debug", "&Communication report", &BoostProgMain::View_write_debug_Click);
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
+    view->addSeparator();
+    action(view, "mnu_HS_Log", "&High speed logging...", &BoostProgMain::mnu_HS_Log_Click);
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -424,6 +426,8 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             form = new QX_Verify_frm(app_, dialogs, this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "QX_Log_HS") {
+        form = Make_HS_Log_Window();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
             app_, this, [] {},

@@ -101,6 +101,9 @@ public:
     void Write_bin_command_cmd_Click();
     void Clear_Err_Counters_cmd_Click();
 
+    // The high-speed log window (boost_prog_main_hslog.cpp).
+    void mnu_HS_Log_Click();
+
     // The log window (boost_prog_main_log.cpp).
     void Open_Log_File(const std::string& path);
     void Stop_Logging_cmd_Click();
@@ -135,6 +138,7 @@ private:
     void Run_Settings(void (*procedure)(Settings_Context&));
     void Show_Rw_State();
     QWidget* Make_Log_Window();
+    QWidget* Make_HS_Log_Window();
     void Build_Log_Window();
 
     App_Context app_;
