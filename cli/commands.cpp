@@ -101,6 +101,7 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "log-csv") return Log_Csv_Command(args, out, err);
     if (command == "hslog") return Hslog_Command(args, out, err);
     if (command == "hs-analyze") return Hs_Analyze_Command(args, out, err);
+    if (command == "crank") return Crank_Command(args, out, err);
     std::fprintf(err, "quorlen-cli: unknown command '%s'\n\n%s", command.c_str(), Usage);
     return 2;
 }

@@ -4,6 +4,8 @@
 #include "cli/cli_tables.h"
 
 #include "core/text.h"
+#include "files/settings_files.h"
+#include "hslog/crank_view.h"
 #include "hslog/hs_capture.h"
 #include "hslog/pulse_analysis.h"
 #include "image/scaling.h"
@@ -189,6 +191,55 @@ int Hs_Analyze_Command(const std::vector<std::string>& args, std::FILE* out, std
         }
     }
     return 0;
+}
+
+int Crank_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
+    std::string file, qxo, ini;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        std::string name = args[i];
+        if (name.empty() || name[0] != '-') {
+            if (!file.empty()) return Fail(args, "more than one settings file", err);
+            file = name;
+            continue;
+        }
+        const std::string value = Take_Option_Value(args, i, name);
+        if (value.empty()) return Fail(args, "'" + name + "' wants a value", err);
+        if (name == "--qxo")
+            qxo = value;
+        else if (name == "--ini")
+            ini = value;
+        else
+            return Fail(args, "unexpected '" + args[i] + "'", err);
+    }
+    if (file.empty()) return Fail(args, "want FILE.qxs", err);
+
+    const auto settings = Load_Qxs_File(file);
+    if (!settings) {
+        std::fprintf(err, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
+        return 1;
+    }
+    const Ini_File layouts(ini.empty() ? Cli_App_Path() + "RZ400_800M3.ini" : ini, "");
+    Engine_Config_Table tab;
+    Load_Engine_Config_Tab(tab, layouts);
+    const Wheel_Layout wheel =
+        Wheel_Layout_For(tab, settings->bytes[Engine_Layout_Address], settings->bytes[Mark_Teeth_Address]);
+
+    std::optional<Crank_Measure> measure;
+    if (!qxo.empty()) {
+        std::string error;
+        const auto trace = Read_Osc_File(qxo, error);
+        if (!trace) {
+            std::fprintf(err, "%s\n", error.c_str());
+            return 1;
+        }
+        measure = Measure_Crank(*trace, std::max<int>(1, static_cast<int>(wheel.gaps.size())));
+    }
+    const Crank_Report report = Crank_View_Report(wheel, measure ? &*measure : nullptr, qxo);
+    for (const std::string& line : report.lines)
+        std::fprintf(out, "%s\n", line.c_str());
+    for (const std::string& warning : report.warnings)
+        std::fprintf(out, "Warning: %s\n", warning.c_str());
+    return report.warnings.empty() ? 0 : 3;
 }
 
 } // namespace quorlen::cli

@@ -19,10 +19,17 @@ namespace quorlen::cli {
     "                     the high-speed log window gives them, revolutions from the engine\n"               \
     "                     speed R or from T crank teeth a revolution; --peak also prints the\n"              \
     "                     chart's rows of the stretch as the window draws them with peak\n"                  \
-    "                     detection (time in ms, then the eight lines, crank first)\n"
+    "                     detection (time in ms, then the eight lines, crank first)\n"                       \
+    "  crank FILE.qxs [--qxo FILE.qxo] [--ini INI]\n"                                                        \
+    "                     what the crank viewer shows, in words: the trigger wheel of the\n"                 \
+    "                     settings' engine layout, the 51deg BTDC mark and top dead centre on it,\n"         \
+    "                     and with a capture the wheel and cam it shows, with a warning where\n"             \
+    "                     they disagree. Layouts from the ini file beside the program, or INI.\n"            \
+    "                     Exit 0 when all agree, 3 with warnings, 1 when a file can't be read\n"
 
 // args[0] is the command's name.
 int Hslog_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err);
 int Hs_Analyze_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err);
+int Crank_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err);
 
 } // namespace quorlen::cli

@@ -148,6 +148,7 @@ void BoostProgMain::Build_Menus() {
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
     view->addSeparator();
     action(view, "mnu_HS_Log", "&High speed logging...", &BoostProgMain::mnu_HS_Log_Click);
+    action(view, "mnu_CrankView", "&Crank wheel...", &BoostProgMain::mnu_CrankView_Click);
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -428,6 +429,8 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = Make_Log_Window();
     } else if (name == "QX_Log_HS") {
         form = Make_HS_Log_Window();
+    } else if (name == "QX_CrankView") {
+        form = Make_Crank_View();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
             app_, this, [] {},

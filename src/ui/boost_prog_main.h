@@ -3,6 +3,7 @@
 // runs the load order and the two shutdown routes, and hosts the child forms.
 
 #include "app/app_context.h"
+#include "engine/engine_catalogue.h"
 #include "files/settings_files.h"
 #include "link/command_link.h"
 #include "link/settings_context.h"
@@ -101,8 +102,11 @@ public:
     void Write_bin_command_cmd_Click();
     void Clear_Err_Counters_cmd_Click();
 
-    // The high-speed log window (boost_prog_main_hslog.cpp).
+    // The high-speed log window and the crank viewer (boost_prog_main_hslog.cpp).
     void mnu_HS_Log_Click();
+    void mnu_CrankView_Click();
+    // The viewer follows the layout, setting 18 and the capture on show.
+    void Refresh_Crank_View();
 
     // The log window (boost_prog_main_log.cpp).
     void Open_Log_File(const std::string& path);
@@ -139,6 +143,7 @@ private:
     void Show_Rw_State();
     QWidget* Make_Log_Window();
     QWidget* Make_HS_Log_Window();
+    QWidget* Make_Crank_View();
     void Build_Log_Window();
 
     App_Context app_;
@@ -179,6 +184,7 @@ private:
     QTimer* Check_connection_timer_ = nullptr;
     std::unique_ptr<Link_Panel> link_;
     std::unique_ptr<Rw_Panel> rw_;
+    std::unique_ptr<Engine_Config_Table> crank_layouts_; // read when the viewer first needs them
 };
 
 } // namespace quorlen::ui

@@ -1,8 +1,11 @@
-// The main window's side of high-speed logging: the window made on first use from the View
-// menu, the port it takes, and who may not have that port meanwhile.
+// The main window's side of high-speed logging and the crank viewer: the windows made on
+// first use from the View menu, the port the capture takes and who may not have it
+// meanwhile, and the viewer following the image and the open capture.
 
+#include "core/proc_guard.h"
 #include "ui/boost_prog_main.h"
 #include "ui/link_panel.h"
+#include "ui/qx_crankview.h"
 #include "ui/qx_log.h"
 #include "ui/qx_log_hs.h"
 
@@ -20,7 +23,42 @@ QWidget* BoostProgMain::Make_HS_Log_Window() {
     hooks.Log_Dir = [this] {
         return Form_Exists("QX_Log") ? static_cast<QX_Log*>(Form("QX_Log"))->State().Log_Dir : std::string();
     };
+    hooks.Show_Crank_View = [this] { mnu_CrankView_Click(); };
+    hooks.Trace_Changed = [this] { Refresh_Crank_View(); };
     return new QX_Log_HS(app_, std::move(hooks), this);
+}
+
+QWidget* BoostProgMain::Make_Crank_View() {
+    Crank_View_Hooks hooks;
+    hooks.Layouts = [this]() -> const Engine_Config_Table& {
+        if (!crank_layouts_) {
+            crank_layouts_ = std::make_unique<Engine_Config_Table>();
+            Proc_Guard guard(app_.log, "Crank view layouts");
+            guard.Step([&] { Load_Engine_Config_Tab(*crank_layouts_, app_.ini); });
+        }
+        return *crank_layouts_;
+    };
+    const auto hs = [this]() -> QX_Log_HS* {
+        return Form_Exists("QX_Log_HS") ? static_cast<QX_Log_HS*>(Form("QX_Log_HS")) : nullptr;
+    };
+    hooks.Trace = [hs]() -> const Osc_Trace* { return hs() != nullptr ? hs()->Trace() : nullptr; };
+    hooks.Trace_Name = [hs] {
+        const std::string path = hs() != nullptr ? hs()->Trace_Path() : std::string();
+        return path.substr(path.rfind('/') + 1);
+    };
+    hooks.Show_HS_Log = [this] { mnu_HS_Log_Click(); };
+    return new QX_CrankView(app_, std::move(hooks), this);
+}
+
+void BoostProgMain::mnu_CrankView_Click() {
+    auto* view = static_cast<QX_CrankView*>(Form("QX_CrankView"));
+    view->Refresh();
+    view->show();
+    view->raise();
+}
+
+void BoostProgMain::Refresh_Crank_View() {
+    if (Form_Exists("QX_CrankView")) static_cast<QX_CrankView*>(Form("QX_CrankView"))->Refresh();
 }
 
 void BoostProgMain::mnu_HS_Log_Click() {

@@ -7,6 +7,7 @@
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
+#include "ui/qx_crankview.h"
 #include "ui/qx_log_hs.h"
 
 #include <QAction>
@@ -80,8 +81,8 @@ TEST_F(HsLogWindow, ACaptureFromTheViewMenuBecomesAChartAndItsAnalysis) {
     EXPECT_TRUE(Child<QChartView>("Osc_Chart")->isVisible());
     EXPECT_EQ(Child<QLineEdit>("txt_start")->text(), "1");
     EXPECT_EQ(Child<QLineEdit>("txt_stop")->text().toLong(), count);
-    auto* crank = static_cast<QLineSeries*>(Child<QChartView>("Osc_Chart")->chart()->series().front());
-    EXPECT_GT(crank->count(), 100);
+    auto* crank_line = static_cast<QLineSeries*>(Child<QChartView>("Osc_Chart")->chart()->series().front());
+    EXPECT_GT(crank_line->count(), 100);
 
     // A screen of the chart, sample by sample, and its analysis against the crank teeth.
     Child<QLineEdit>("txt_start")->setText("2");
@@ -115,6 +116,30 @@ TEST_F(HsLogWindow, ACaptureFromTheViewMenuBecomesAChartAndItsAnalysis) {
         hs->grab().save(QDir(Shots()).filePath("hslog_chart.png"));
     }
     EXPECT_EQ(Read_File(dir.File("Debug_file.log")).find("Error in "), std::string::npos);
+
+    // The crank viewer measures the capture on show against the image's layout.
+    Click("cmd_CrankView");
+    auto* crank = static_cast<ui::QX_CrankView*>(window->Form("QX_CrankView"));
+    ASSERT_TRUE(crank->isVisible());
+    auto* info = crank->findChild<QPlainTextEdit*>("txt_Crank_Info");
+    auto* warnings = crank->findChild<QLabel*>("lbl_Crank_Warnings");
+    EXPECT_TRUE(info->toPlainText().contains("35.0 teeth a turn")) << info->toPlainText().toStdString();
+    EXPECT_TRUE(info->toPlainText().contains("a 36-1 wheel"));
+    // The shipped layout has no cam sensor; the simulator's wheel has one.
+    EXPECT_EQ(warnings->text(),
+              "Warning: The capture has cam pulses; the layout uses no cam sensor (No cam).");
+    if (!Shots().isEmpty()) crank->grab().save(QDir(Shots()).filePath("crank_view_warning.png"));
+
+    // Choosing the layout with a cam sensor, and moving the mark, redraws at once.
+    window->App().image.CardByte[6] = 2;
+    window->App().image.CardByte[18] = 6;
+    window->Update_All();
+    EXPECT_TRUE(warnings->text().isEmpty()) << warnings->text().toStdString();
+    EXPECT_TRUE(
+        info->toPlainText().contains("51deg BTDC mark: tooth 6 after the missing pulse, 60 deg after it; "
+                                     "TDC of cylinder 1 at 111 deg"))
+        << info->toPlainText().toStdString();
+    if (!Shots().isEmpty()) crank->grab().save(QDir(Shots()).filePath("crank_view.png"));
 }
 
 TEST_F(HsLogWindow, ThePortOfTheMainWindowIsNotTaken) {

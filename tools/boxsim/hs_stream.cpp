@@ -12,7 +12,7 @@ namespace boxsim {
 namespace {
 
 constexpr double Cam_Width = 20;       // degrees of crank a cam tooth stays high
-constexpr double Cam_Before_Tdc1 = 90; // where the cam tooth of cylinder 1 begins
+constexpr double Cam_Before_Tdc1 = 60; // where the cam tooth of cylinder 1 begins
 constexpr double Crank_Mark = 51;      // the mark "setting 18" teeth after the gap, before TDC 1
 
 // The numbers in a text, in order ("Crank 36-2-2-2" gives 36, 2, 2, 2).
