@@ -183,7 +183,7 @@ void QX_Log_HS::Build() {
     for (int c = 0; c < Osc_Lines; ++c) {
         series_[c] = new QLineSeries;
         series_[c]->setName(Osc_Line_Names[static_cast<std::size_t>(c)]);
-        series_[c]->setPen(QPen(Line_Colours[c], 1.5));
+        series_[c]->setPen(QPen(Line_Colours[c], 1));
         chart->addSeries(series_[c]);
         series_[c]->attachAxis(time_axis_);
         series_[c]->attachAxis(lines_axis);
