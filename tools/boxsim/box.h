@@ -11,6 +11,7 @@
 
 #include "hs_stream.h"
 #include "log_stream.h"
+#include "smartcard.h"
 
 #include <array>
 #include <bitset>
@@ -48,15 +49,16 @@ struct Box_Config {
 
 // Faults that act on the box's behaviour rather than on the line.
 struct Box_Faults {
-    long i2c_timeouts = 0;      // this many banners carry the display bus failure (-1: all)
-    long silence_after = -1;    // after this many commands the box neither acts nor answers (-1: never)
-    long bootloader_after = -1; // after this many commands the box resets into its boot loader (-1: never)
-    long rejected_frames = 0;   // this many good "bW" frames are refused with "E" (-1: all)
-    long failed_commits = 0;    // this many "ue" are refused (-1: all)
-    long pause_at_row = -1;     // the log stream goes quiet for 2 s at this row (-1: never)
-    long bad_sum_row = -1;      // the binary log frame of this row carries a wrong sum (-1: none)
-    long hs_bad_check = -1;     // this check byte of the high-speed stream is 254 (-1: none)
-    long hs_gap_at = -1;        // the high-speed stream is quiet for 0.5 s from this sample (-1: never)
+    long i2c_timeouts = 0;        // this many banners carry the display bus failure (-1: all)
+    long silence_after = -1;      // after this many commands the box neither acts nor answers (-1: never)
+    long bootloader_after = -1;   // after this many commands the box resets into its boot loader (-1: never)
+    long rejected_frames = 0;     // this many good "bW" frames are refused with "E" (-1: all)
+    long failed_commits = 0;      // this many "ue" are refused (-1: all)
+    long pause_at_row = -1;       // the log stream goes quiet for 2 s at this row (-1: never)
+    long bad_sum_row = -1;        // the binary log frame of this row carries a wrong sum (-1: none)
+    long card_silence_after = -1; // a card write goes silent after this many bytes (-1: never)
+    long hs_bad_check = -1;       // this check byte of the high-speed stream is 254 (-1: none)
+    long hs_gap_at = -1;          // the high-speed stream is quiet for 0.5 s from this sample (-1: never)
 };
 
 // The box's own checksum: 16-bit sum minus one, wrapping, where a sum of 0 gives 65535.
@@ -88,6 +90,7 @@ public:
     long HS_Bytes_Sent() const { return hs_.Bytes_Sent(); }
     // The speed the program set on its port; the high-speed stream runs at a tenth of it.
     void Set_Line_Baud(long baud) { line_baud_ = baud; }
+    const Smartcard::Content& Card() const { return card_.Bytes(); }
     bool Silent() const { return silent_; }
     // Commands taken so far: each exchange of the dialogue ("v", "rd", "b", "w", one digit,
     // "$", "ue", a whole "bW" with its frame) counts one.
@@ -143,6 +146,9 @@ private:
 
     std::string frame_;
     std::size_t frame_count_ = 0;
+
+    Smartcard card_;
+    void Take_Card(char c, std::string& out);
 
     Log_Stream stream_;
     HS_Stream hs_;

@@ -27,7 +27,9 @@ const char* const Fault_Help =
     "  badsum@N        the binary log frame of row N carries a wrong sum\n"
     "  hscheck@N       the N-th check byte of the high-speed stream (from 1) is 254, not 255\n"
     "  hsgap@N         the high-speed stream goes quiet for 0.5 s at its sample N (from 1);\n"
-    "                  the engine turns on, so those samples never come\n";
+    "                  the engine turns on, so those samples never come\n"
+    "  cardsilence@N   a card write (--smartcard) stops after N bytes: the box answers nothing\n"
+    "                  more and the card is left half written\n";
 
 namespace {
 
@@ -81,6 +83,9 @@ bool Add_Fault(std::string_view fault_text, Box_Faults& box, Line_Fault_Plan& li
     } else if (kind == "pause") {
         if (!need_n()) return false;
         box.pause_at_row = n;
+    } else if (kind == "cardsilence") {
+        if (!need_n()) return false;
+        box.card_silence_after = n;
     } else if (kind == "badsum") {
         if (!need_n()) return false;
         box.bad_sum_row = n;
