@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QChartView>
+#include <QCheckBox>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -114,6 +115,14 @@ TEST_F(HsLogWindow, ACaptureFromTheViewMenuBecomesAChartAndItsAnalysis) {
         Click("cmd_Analyze");
         hs->Show_Point(21.7);
         hs->grab().save(QDir(Shots()).filePath("hslog_chart.png"));
+        // The whole capture with peak detection, analysed against the engine speed.
+        Click("cmd_ZoomAll");
+        Child<QCheckBox>("PeakDetect")->setChecked(true);
+        Child<QRadioButton>("Analyze_option(0)")->setChecked(true);
+        Child<QLineEdit>("txt_RPM")->setText("3000");
+        Click("cmd_Analyze");
+        hs->grab().save(QDir(Shots()).filePath("hslog_analysis.png"));
+        Child<QCheckBox>("PeakDetect")->setChecked(false);
     }
     EXPECT_EQ(Read_File(dir.File("Debug_file.log")).find("Error in "), std::string::npos);
 
