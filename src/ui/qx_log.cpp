@@ -9,6 +9,7 @@
 #include "logging/log_file.h"
 #include "logging/log_settings.h"
 #include "logging/log_signals.h"
+#include "ui/form_helpers.h"
 #include "ui/qt_dialogs.h"
 
 #include <QApplication>
@@ -44,19 +45,6 @@ namespace {
 
 constexpr const char* Log_Filter = "Quorlen logg files *.qxl|*.qxl|All files *.*|*.*";
 
-QLineEdit* Field(QWidget* parent, const char* name, int width = 70) {
-    auto* edit = new QLineEdit(parent);
-    edit->setObjectName(name);
-    edit->setMaximumWidth(width);
-    return edit;
-}
-
-QString Shown(const std::string& text) {
-    QString s = From_8bit(text);
-    s.replace("\r\n", "\n");
-    return s;
-}
-
 std::string Taken(const QString& text) {
     QString s = text;
     s.replace("\n", "\r\n");
@@ -82,14 +70,7 @@ QX_Log::~QX_Log() {
 
 Log_Context QX_Log::Ctx() {
     Log_Hooks h;
-    h.Dummy_Wait = [] {
-        QElapsedTimer t;
-        t.start();
-        while (t.elapsed() < 50) {
-            QApplication::processEvents(QEventLoop::AllEvents, 20);
-            QThread::msleep(2);
-        }
-    };
+    h.Dummy_Wait = [] { Serve_Events(50); };
     h.Read_Box_Settings = hooks_.Read_Box_Settings;
     h.Main_Controls_Enabled = hooks_.Main_Controls_Enabled;
     h.Main_Log_Caption = hooks_.Main_Log_Caption;
@@ -152,9 +133,9 @@ void QX_Log::Build() {
     auto* info = new QGroupBox("Log", this);
     info->setObjectName("File_Info_Frame");
     auto* info_layout = new QGridLayout(info);
-    txt_Log_Date_ = Field(info, "txt_Log_Date", 110);
-    txt_Log_time_ = Field(info, "txt_Log_time", 90);
-    txt_Log_Length_ = Field(info, "txt_Log_Length", 90);
+    txt_Log_Date_ = Named_Field(info, "txt_Log_Date", 110);
+    txt_Log_time_ = Named_Field(info, "txt_Log_time", 90);
+    txt_Log_Length_ = Named_Field(info, "txt_Log_Length", 90);
     for (QLineEdit* e : {txt_Log_Date_, txt_Log_time_, txt_Log_Length_})
         e->setReadOnly(true);
     info_layout->addWidget(new QLabel("Date", info), 0, 0);
@@ -230,7 +211,7 @@ QWidget* QX_Log::Build_Setup_Page() {
     auto* form = new QFormLayout(car);
     auto* gears = new QHBoxLayout;
     for (int g = 1; g <= 6; ++g) {
-        txt_Gearing_[g] = Field(car, "", 55);
+        txt_Gearing_[g] = Named_Field(car, "", 55);
         txt_Gearing_[g]->setObjectName(QStringLiteral("txt_Gearing(%1)").arg(g));
         gears->addWidget(txt_Gearing_[g]);
     }
@@ -241,8 +222,8 @@ QWidget* QX_Log::Build_Setup_Page() {
         Gear_option_->addItem(QString::number(g));
     form->addRow("Gear of the calculation", Gear_option_);
     auto* calc = new QHBoxLayout;
-    txt_Speed_ = Field(car, "txt_Speed");
-    txt_RPM_ = Field(car, "txt_RPM");
+    txt_Speed_ = Named_Field(car, "txt_Speed");
+    txt_RPM_ = Named_Field(car, "txt_RPM");
     auto* calc_button = new QPushButton("Calculate gear 1", car);
     calc_button->setObjectName("cmd_Calc_Gearing");
     connect(calc_button, &QPushButton::clicked, this, &QX_Log::cmd_Calc_Gearing_Click);
@@ -251,39 +232,39 @@ QWidget* QX_Log::Build_Setup_Page() {
     calc->addWidget(txt_RPM_);
     calc->addWidget(calc_button);
     form->addRow("Known speed", calc);
-    txt_Weight_ = Field(car, "txt_Weight");
+    txt_Weight_ = Named_Field(car, "txt_Weight");
     form->addRow("Weight", txt_Weight_);
-    txt_Min_Hp_ = Field(car, "txt_Min_Hp");
-    txt_Max_Hp_ = Field(car, "txt_Max_Hp");
+    txt_Min_Hp_ = Named_Field(car, "txt_Min_Hp");
+    txt_Max_Hp_ = Named_Field(car, "txt_Max_Hp");
     auto* hp = new QHBoxLayout;
     hp->addWidget(txt_Min_Hp_);
     hp->addWidget(txt_Max_Hp_);
     form->addRow("Power shown, hp (min, max)", hp);
-    txt_AirResistance_ = Field(car, "txt_AirResistance");
-    txt_FrontalArea_ = Field(car, "txt_FrontalArea");
-    txt_AirDensity_ = Field(car, "txt_AirDensity");
+    txt_AirResistance_ = Named_Field(car, "txt_AirResistance");
+    txt_FrontalArea_ = Named_Field(car, "txt_FrontalArea");
+    txt_AirDensity_ = Named_Field(car, "txt_AirDensity");
     auto* air = new QHBoxLayout;
     air->addWidget(txt_AirResistance_);
     air->addWidget(txt_FrontalArea_);
     air->addWidget(txt_AirDensity_);
     form->addRow("Drag factor, frontal area, air density", air);
-    txt_Transloss_0k_ = Field(car, "txt_Transloss_0k");
-    txt_Transloss_6k_ = Field(car, "txt_Transloss_6k");
+    txt_Transloss_0k_ = Named_Field(car, "txt_Transloss_0k");
+    txt_Transloss_6k_ = Named_Field(car, "txt_Transloss_6k");
     auto* loss = new QHBoxLayout;
     loss->addWidget(txt_Transloss_0k_);
     loss->addWidget(txt_Transloss_6k_);
     form->addRow("Transmission loss % at 0 and 6000 rpm", loss);
-    txt_FuelInjectorSize_ = Field(car, "txt_FuelInjectorSize");
+    txt_FuelInjectorSize_ = Named_Field(car, "txt_FuelInjectorSize");
     form->addRow("Injectors in all, cc/min", txt_FuelInjectorSize_);
     grid->addWidget(car, 0, 0);
 
     auto* logging = new QGroupBox("Logging", page);
     auto* lform = new QFormLayout(logging);
-    txt_Default_Save_Name_ = Field(logging, "txt_Default_Save_Name", 160);
+    txt_Default_Save_Name_ = Named_Field(logging, "txt_Default_Save_Name", 160);
     lform->addRow("File name", txt_Default_Save_Name_);
-    txt_Show_Log_Sek_ = Field(logging, "txt_Show_Log_Sek");
+    txt_Show_Log_Sek_ = Named_Field(logging, "txt_Show_Log_Sek");
     lform->addRow("Seconds shown", txt_Show_Log_Sek_);
-    txt_Show_Log_Interval_ = Field(logging, "txt_Show_Log_Interval");
+    txt_Show_Log_Interval_ = Named_Field(logging, "txt_Show_Log_Interval");
     lform->addRow("Update interval, s", txt_Show_Log_Interval_);
     check_SettingsInLogg_ = new QCheckBox("Read the box settings into the log", logging);
     check_SettingsInLogg_->setObjectName("check_SettingsInLogg");
@@ -333,7 +314,7 @@ void QX_Log::Sync() {
     txt_Log_Date_->setText(From_8bit(f.txt_Log_Date));
     txt_Log_time_->setText(From_8bit(f.txt_Log_time));
     txt_Log_Length_->setText(From_8bit(f.txt_Log_Length));
-    const QString free_text = Shown(f.txt_Log_Free_Text);
+    const QString free_text = Shown_Text(f.txt_Log_Free_Text);
     if (txt_Log_Free_Text_->toPlainText() != free_text) txt_Log_Free_Text_->setPlainText(free_text);
     syncing_ = false;
     Sync_Timers();

@@ -4,6 +4,7 @@
 #include "core/proc_guard.h"
 #include "image/scaling.h"
 #include "link/qt/qt_serial_line.h"
+#include "ui/form_helpers.h"
 #include "ui/qt_dialogs.h"
 
 #include <QApplication>
@@ -43,19 +44,6 @@ constexpr const char* Osc_Filter = "Quorlen high speed log files *.qxo|*.qxo|All
 const QColor Line_Colours[Osc_Lines] = {QColor(0, 0, 0),     QColor(200, 0, 0),   QColor(220, 110, 0),
                                         QColor(120, 0, 160), QColor(0, 120, 200), QColor(0, 140, 0),
                                         QColor(140, 90, 40), QColor(0, 90, 90)};
-
-QString Shown(const std::string& text) {
-    QString s = From_8bit(text);
-    s.replace("\r\n", "\n");
-    return s;
-}
-
-QLineEdit* Field(QWidget* parent, const char* name, int width) {
-    auto* edit = new QLineEdit(parent);
-    edit->setObjectName(name);
-    edit->setMaximumWidth(width);
-    return edit;
-}
 
 // A capture still running when the program closes ends without asking anything.
 class Quiet_Dialogs final : public User_Dialogs {
@@ -107,14 +95,7 @@ HS_Context QX_Log_HS::Ctx() {
     HS_Hooks h;
     h.Date_Text = [] { return QDate::currentDate().toString("yyyy-MM-dd").toStdString(); };
     h.Time_Text = [] { return QTime::currentTime().toString("HH:mm:ss").toStdString(); };
-    h.Dummy_Wait = [] {
-        QElapsedTimer t;
-        t.start();
-        while (t.elapsed() < 50) {
-            QApplication::processEvents(QEventLoop::AllEvents, 20);
-            QThread::msleep(2);
-        }
-    };
+    h.Dummy_Wait = [] { Serve_Events(50); };
     h.Main_Port_Busy = hooks_.Main_Port_Busy;
     h.Open_File = [this](const std::string& path) { Open_File(path); };
     return HS_Context{hs_,
@@ -148,11 +129,11 @@ void QX_Log_HS::Build() {
     button(top, "cmd_Open", "Open...", &QX_Log_HS::cmd_Open_Click);
     top->addSpacing(12);
     top->addWidget(new QLabel("Started", this));
-    txt_Log_time_ = Field(this, "txt_Log_time", 90);
+    txt_Log_time_ = Named_Field(this, "txt_Log_time", 90);
     txt_Log_time_->setReadOnly(true);
     top->addWidget(txt_Log_time_);
     top->addWidget(new QLabel("Length", this));
-    txt_Log_Length_ = Field(this, "txt_Log_Length", 90);
+    txt_Log_Length_ = Named_Field(this, "txt_Log_Length", 90);
     txt_Log_Length_->setReadOnly(true);
     top->addWidget(txt_Log_Length_);
     top->addStretch();
@@ -213,8 +194,8 @@ void QX_Log_HS::Build() {
     auto* side = new QVBoxLayout;
     auto* stretch = new QGroupBox("Samples on show", this);
     auto* sg = new QGridLayout(stretch);
-    txt_start_ = Field(stretch, "txt_start", 110);
-    txt_stop_ = Field(stretch, "txt_stop", 110);
+    txt_start_ = Named_Field(stretch, "txt_start", 110);
+    txt_stop_ = Named_Field(stretch, "txt_stop", 110);
     sg->addWidget(new QLabel("From", stretch), 0, 0);
     sg->addWidget(txt_start_, 0, 1, 1, 2);
     sg->addWidget(new QLabel("To", stretch), 1, 0);
@@ -246,7 +227,7 @@ void QX_Log_HS::Build() {
         ag->addWidget(option, 0, index++);
     }
     Analyze_option_->button(1)->setChecked(true);
-    txt_RPM_ = Field(analysis, "txt_RPM", 110);
+    txt_RPM_ = Named_Field(analysis, "txt_RPM", 110);
     ag->addWidget(txt_RPM_, 1, 0);
     auto* rpm = new QPushButton("Get RPM", analysis);
     rpm->setObjectName("cmd_GetRPM");
@@ -310,7 +291,7 @@ void QX_Log_HS::Sync() {
     Osc_Chart_->setVisible(f.Osc_Chart_Visible);
     txt_Log_time_->setText(From_8bit(f.txt_Log_time));
     txt_Log_Length_->setText(From_8bit(f.txt_Log_Length));
-    const QString err = Shown(f.txt_Err);
+    const QString err = Shown_Text(f.txt_Err);
     if (txt_Err_->toPlainText() != err) txt_Err_->setPlainText(err);
     Text3_->setText(QString::fromStdString(f.Text3));
     if (f.Timer1_Enabled != Timer1_->isActive()) f.Timer1_Enabled ? Timer1_->start() : Timer1_->stop();
@@ -462,7 +443,7 @@ void QX_Log_HS::cmd_Analyze_Click() {
     const auto reference =
         Analyze_option_->checkedId() == 0 ? Analyze_Reference::RPM : Analyze_Reference::Crank_Pulses_Per_Rev;
     const Analyze_Result result = Analyze_Stretch(trace, stretch, reference, To_8bit(txt_RPM_->text()));
-    txt_Analyze_->setPlainText(Shown(result.text));
+    txt_Analyze_->setPlainText(Shown_Text(result.text));
     if (!result.fault.empty()) {
         Proc_Guard guard(app_.log, "cmd Analyze click");
         guard.Fail(result.fault);
