@@ -76,7 +76,7 @@ bool HS_Take_Bytes(HS_Capture_State& cap, std::string_view bytes) {
             break;
         }
     }
-    cap.file.Write(bytes.substr(0, good));
+    if (!cap.file.Write(bytes.substr(0, good))) return false;
     cap.Sample_Count += static_cast<std::int64_t>(good);
     return !cap.Checksum_Failed;
 }
@@ -175,7 +175,7 @@ void HS_Receive_Event(HS_Context& ctx, int event) {
     if (!good) {
         // Events that come while the message is up find the stop begun and leave the port alone.
         cap.Stopping = true;
-        ctx.dialogs.Inform(Checksum_Error_Text);
+        ctx.dialogs.Inform(cap.Checksum_Failed ? Checksum_Error_Text : Write_Failed_Text);
         Stop_HSLogg_Click(ctx);
         return;
     }
@@ -187,7 +187,14 @@ void HS_Receive_Event(HS_Context& ctx, int event) {
 
 void HS_Poll(HS_Context& ctx) {
     HS_Capture_State& cap = ctx.hs.capture;
-    if (!cap.Running || !Port_Open(ctx)) return;
+    if (!cap.Running || cap.Stopping) return;
+    if (!Port_Open(ctx)) {
+        // What came before is in the file; close it as a stop would.
+        cap.Stopping = true;
+        ctx.dialogs.Inform(Port_Lost_Text);
+        Stop_HSLogg_Click(ctx);
+        return;
+    }
     const Line_Losses losses = ctx.line->Losses();
     for (; cap.overruns_seen < losses.overrun; ++cap.overruns_seen)
         HS_Receive_Event(ctx, comEventOverrun);
@@ -216,9 +223,11 @@ void Stop_HSLogg_Click(HS_Context& ctx) {
         guard.Step([&] { ctx.line->Write(" "); });
         // What arrived before the stop belongs to the capture.
         guard.Step([&] {
-            if (!cap.Checksum_Failed && cap.file.Is_Open()) HS_Take_Bytes(cap, ctx.line->Read_All());
+            if (!cap.Checksum_Failed && cap.file.Good()) HS_Take_Bytes(cap, ctx.line->Read_All());
         });
         guard.Step([&] { ctx.line->Close(); });
+    } else if (ctx.line != nullptr) {
+        guard.Step([&] { ctx.line->Close(); }); // a line that went away still holds its device
     }
     const bool had_file = cap.file.Is_Open();
     const bool written = cap.file.Is_Open() && cap.file.Close(Sample_Rate_Of(cap.baud));

@@ -33,6 +33,12 @@ inline constexpr int comEventRxOver = 1008;
 inline constexpr const char* Port_Busy_Text = "Com port used by normal logging. Close logging and retry";
 inline constexpr const char* Checksum_Error_Text = "Checksum error. Automatic stop of logging";
 inline constexpr const char* Too_Slow_Text = "Warning, the computer is too slow";
+inline constexpr const char* Write_Failed_Text =
+    "The high-speed log file can not be written (is the disk full?). "
+    "Automatic stop of logging";
+inline constexpr const char* Port_Lost_Text =
+    "The port went away (a cable or adapter pulled?). Automatic stop of "
+    "logging";
 
 // True for the byte numbers (from 1) that must carry the check byte. The box's first byte
 // is its echo of "d", so its own count is one behind ours, and its first sample (our
@@ -117,7 +123,8 @@ void HS_Poll(HS_Context& ctx);
 void HS_Timer1_Timer(HS_Context& ctx);
 
 // Takes received bytes into the capture: counts, checks and writes them. False when a check
-// byte was wrong; the bytes before it are in the file, it and those after are not.
+// byte was wrong (the bytes before it are in the file, it and those after are not) or the
+// file refused them (Checksum_Failed tells which).
 bool HS_Take_Bytes(HS_Capture_State& cap, std::string_view bytes);
 
 } // namespace quorlen

@@ -199,8 +199,9 @@ bool Osc_Writer::Open(const std::string& path, std::string& error) {
     return true;
 }
 
-void Osc_Writer::Write(std::string_view bytes) {
-    if (file_ == nullptr || bytes.empty() || !good_) return;
+bool Osc_Writer::Write(std::string_view bytes) {
+    if (file_ == nullptr || !good_) return false;
+    if (bytes.empty()) return true;
     const auto& lines = Sample_Lines();
     buffer_.resize(bytes.size() * 5);
     char* out = buffer_.data();
@@ -210,9 +211,10 @@ void Osc_Writer::Write(std::string_view bytes) {
     }
     if (std::fwrite(buffer_.data(), 1, buffer_.size(), file_) != buffer_.size() || std::fflush(file_) != 0) {
         good_ = false;
-        return;
+        return false;
     }
     written_ += static_cast<long>(bytes.size());
+    return true;
 }
 
 bool Osc_Writer::Close(int sample_rate) {

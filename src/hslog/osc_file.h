@@ -77,8 +77,8 @@ public:
     // Creates `path` and writes the mark line; false with `error` set when it can't.
     bool Open(const std::string& path, std::string& error);
     bool Is_Open() const { return file_ != nullptr; }
-    // Each byte as one line "000".
-    void Write(std::string_view bytes);
+    // Each byte as one line "000"; false when the disk refused them (they are not counted).
+    bool Write(std::string_view bytes);
     // The closing mark, the sample count and the rate; false when the disk refused it.
     bool Close(int sample_rate);
     long Written() const { return written_; }

@@ -245,6 +245,22 @@ TEST_F(HsCapture, ThePortOfTheMainWindowOrAHeldPortStartsNothing) {
     EXPECT_TRUE(opened.empty());
 }
 
+TEST_F(HsCapture, APortThatGoesAwayEndsTheCaptureWithWhatCame) {
+    Start();
+    Run(1.0);
+    line.open = false; // the adapter pulled
+    Run(0.1);
+    EXPECT_FALSE(hs.capture.Running);
+    EXPECT_FALSE(flags.HS_Logging_Active);
+    ASSERT_EQ(dialogs.informed.size(), 2u);
+    EXPECT_EQ(dialogs.informed[0], Port_Lost_Text);
+    std::string error;
+    const auto trace = Read_Osc_File(hs.capture.path, error);
+    ASSERT_TRUE(trace);
+    EXPECT_FALSE(trace->cut_off);
+    EXPECT_NEAR(static_cast<double>(trace->Count()), 11520, 200);
+}
+
 TEST_F(HsCapture, StartWhileTheFormsPortIsOpenStops) {
     Start();
     Run(0.3);
