@@ -34,7 +34,7 @@ protected:
             t.samples.push_back(plan.Sample_At(static_cast<double>(i) / t.sample_rate));
         if (cam_teeth == 0)
             for (auto& s : t.samples)
-                s &= static_cast<std::uint8_t>(~16);
+                s = static_cast<std::uint8_t>(s & ~16);
         return t;
     }
 

@@ -18,7 +18,9 @@ Osc_Trace Trace(long count, std::uint8_t level = 0, int rate = Default_Sample_Ra
 // A square wave on `bit`: `high` samples set, then `low` clear, from sample `from` (from 1).
 void Wave(Osc_Trace& t, int bit, long high, long low, long from = 1) {
     for (long i = from - 1; i < t.Count(); ++i)
-        if ((i - (from - 1)) % (high + low) < high) t.samples[static_cast<std::size_t>(i)] |= 1 << bit;
+        if ((i - (from - 1)) % (high + low) < high)
+            t.samples[static_cast<std::size_t>(i)] =
+                static_cast<std::uint8_t>(t.samples[static_cast<std::size_t>(i)] | 1 << bit);
 }
 
 TEST(PulseAnalysis, TheStretchIsKeptInsideTheTrace) {
@@ -59,8 +61,8 @@ TEST(PulseAnalysis, UpTo2000SamplesAreDrawnOneByOneAndMoreTakeASteps) {
 
 TEST(PulseAnalysis, AOneSamplePulseIn100000ShowsOnlyWithPeakDetection) {
     Osc_Trace t = Trace(100000);
-    t.samples[12345] |= 1 << 3; // inside a row of 50, not its first sample
-    Wave(t, 0, 1000, 1000);     // a slow line that every row follows
+    t.samples[12345] = 1 << 3; // inside a row of 50, not its first sample
+    Wave(t, 0, 1000, 1000);    // a slow line that every row follows
     const Osc_Stretch all = Zoom_All(t.Count());
     const Osc_Chart plain = Build_Osc_Chart(t, all, false);
     const Osc_Chart peak = Build_Osc_Chart(t, all, true);
