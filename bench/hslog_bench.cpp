@@ -15,13 +15,13 @@
 #include "ui/qx_log_hs.h"
 
 #include <QApplication>
-#include <QChartView>
 #include <QEventLoop>
 #include <QLineEdit>
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -37,6 +37,12 @@ std::vector<std::string> summary;
 double Cpu_Seconds() {
     timespec t{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
+}
+
+double Thread_Cpu_Seconds() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
     return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
 }
 
@@ -149,30 +155,34 @@ void Redraw(benchmark::State& run, bool whole_file) {
     }
     auto* start = w.form->findChild<QLineEdit*>("txt_start");
     auto* stop = w.form->findChild<QLineEdit*>("txt_stop");
-    auto* view = w.form->findChild<QChartView*>("Osc_Chart");
     if (whole_file) w.form->findChild<QWidget*>("PeakDetect")->setProperty("checked", true);
     long first = 1000000;
-    double total = 0;
-    double worst = 0;
+    std::vector<double> times, cpu_times;
     for (auto _ : run) {
         // Each redraw shows another stretch, as scrolling does.
         start->setText(QString::number(whole_file ? 1 : first));
         stop->setText(QString::number(whole_file ? 3750000 : first + 1999));
         first += 2000;
         const auto t0 = std::chrono::steady_clock::now();
+        const double cpu0 = Thread_Cpu_Seconds();
+        // The update, then the one paint of the chart that the event loop does for it.
         w.form->Update_HSlog_chart();
         QApplication::processEvents();
-        view->viewport()->repaint();
         const double took = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
         run.SetIterationTime(took);
-        total += took;
-        worst = std::max(worst, took);
+        times.push_back(took * 1000);
+        cpu_times.push_back((Thread_Cpu_Seconds() - cpu0) * 1000);
     }
-    char line[200];
-    std::snprintf(line, sizeof line, "redraw, %s: %.2f ms on average, %.2f ms at worst (target under 16 ms)",
+    // Other processes on the machine stretch single runs; the median is the program's own cost.
+    std::sort(times.begin(), times.end());
+    std::sort(cpu_times.begin(), cpu_times.end());
+    char line[300];
+    std::snprintf(line, sizeof line,
+                  "redraw, %s: median %.2f ms, best %.2f ms, worst %.2f ms; processor time median %.2f ms "
+                  "(target under 16 ms)",
                   whole_file ? "all 3.75 million samples in 2000 rows with peak detection"
                              : "2000 samples of a 3.75-million-sample file",
-                  total * 1000 / static_cast<double>(run.iterations()), worst * 1000);
+                  times[times.size() / 2], times.front(), times.back(), cpu_times[cpu_times.size() / 2]);
     summary.emplace_back(line);
 }
 
@@ -182,8 +192,8 @@ void Redraw_2000_Samples(benchmark::State& run) {
 void Redraw_Whole_File_Peak_Detect(benchmark::State& run) {
     Redraw(run, true);
 }
-BENCHMARK(Redraw_2000_Samples)->Iterations(50)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(Redraw_Whole_File_Peak_Detect)->Iterations(20)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(Redraw_2000_Samples)->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(Redraw_Whole_File_Peak_Detect)->Iterations(60)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace
 
