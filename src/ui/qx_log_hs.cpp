@@ -7,13 +7,11 @@
 #include "ui/form_helpers.h"
 #include "ui/qt_dialogs.h"
 
-#include <QApplication>
 #include <QButtonGroup>
 #include <QCategoryAxis>
 #include <QChart>
 #include <QChartView>
 #include <QCheckBox>
-#include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -26,7 +24,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QThread>
 #include <QTime>
 #include <QTimer>
 #include <QVBoxLayout>

@@ -64,9 +64,14 @@ TEST_F(HsLogWindow, ACaptureFromTheViewMenuBecomesAChartAndItsAnalysis) {
     EXPECT_FALSE(Child<QPushButton>("Start_HSLogg")->isEnabled());
     EXPECT_FALSE(Child<QChartView>("Osc_Chart")->isVisible());
     QTest::qWait(1500);
-    // The connection poll leaves the port to the stream.
+    // The connection poll and the log leave the port to the stream.
     window->Check_connection_timer_Timer();
     EXPECT_TRUE(hs->Capturing());
+    window->findChild<QPushButton*>("Stop_Logging_cmd")->click();
+    EXPECT_FALSE(window->App().link.Logging_Active);
+    EXPECT_EQ(dialogs.informed,
+              std::vector<std::string>{"Com port used by high speed logging. Stop it and retry"});
+    dialogs.informed.clear();
     EXPECT_EQ(Child<QLineEdit>("txt_Log_Length")->text().left(2), "1.");
 
     Click("Stop_HSLogg");
