@@ -19,7 +19,6 @@ namespace quorlen {
 
 class Serial_Line;
 
-inline constexpr int HS_InBufferSize = 16384;
 inline constexpr int HS_RThreshold = 1000;   // bytes that make a receive event
 inline constexpr int HS_Receive_Poll = 10;   // ms, how often the window looks at the port
 inline constexpr int HS_Timer1_Period = 100; // ms
@@ -34,11 +33,9 @@ inline constexpr const char* Port_Busy_Text = "Com port used by normal logging. 
 inline constexpr const char* Checksum_Error_Text = "Checksum error. Automatic stop of logging";
 inline constexpr const char* Too_Slow_Text = "Warning, the computer is too slow";
 inline constexpr const char* Write_Failed_Text =
-    "The high-speed log file can not be written (is the disk full?). "
-    "Automatic stop of logging";
+    "The high-speed log file can not be written (is the disk full?). Automatic stop of logging";
 inline constexpr const char* Port_Lost_Text =
-    "The port went away (a cable or adapter pulled?). Automatic stop of "
-    "logging";
+    "The port went away (a cable or adapter pulled?). Automatic stop of logging";
 
 // True for the byte numbers (from 1) that must carry the check byte. The box's first byte
 // is its echo of "d", so its own count is one behind ours, and its first sample (our
