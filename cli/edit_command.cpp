@@ -251,13 +251,8 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
 
     Image_Bytes bytes{};
     std::copy_n(image.CardByte.begin(), bytes.size(), bytes.begin());
-    // The reader ends every comment line with CR LF and the writer adds one after the
-    // comment: without the reader's last one the comment goes back as it came.
-    std::string comment = loaded.comment;
-    if (comment.size() >= 2 && comment.compare(comment.size() - 2, 2, "\r\n") == 0)
-        comment.resize(comment.size() - 2);
     try {
-        Replace_File_Atomically(a->out, Format_Qxs(bytes, comment));
+        Replace_File_Atomically(a->out, Format_Qxs(bytes, loaded.Comment_To_Save()));
     } catch (const std::exception& e) {
         std::fprintf(err, "%s: %s\n", a->out.c_str(), e.what());
         return 1;

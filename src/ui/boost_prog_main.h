@@ -4,7 +4,6 @@
 
 #include "app/app_context.h"
 #include "cards/card_context.h"
-#include "engine/engine_catalogue.h"
 #include "files/settings_files.h"
 #include "link/command_link.h"
 #include "link/settings_context.h"
@@ -63,6 +62,8 @@ public:
     void Help_wwwlink_Click();
     void Help_About_Click();
     void Show_Prefs();
+    // The settings form, on its last tab or on tab `index`.
+    void Show_Settings(int index = -1);
 
     // Refreshes every view from the image (boost_prog_main_tables.cpp).
     void Update_All();
@@ -72,6 +73,8 @@ public:
     // The analogue inputs take the sensors the image names, and the tables follow.
     void Init_Analog_from_CardByte(App_Context& app);
     void Analog_Follows_Image();
+    // The settings form's sliders that depend on a sensor follow a change of sensor.
+    void Update_scroll_change();
 
     // A child form by name, created on first use.
     QWidget* Form(const std::string& name);
@@ -169,6 +172,8 @@ private:
     QWidget* Make_HS_Log_Window();
     QWidget* Make_Crank_View();
     void Build_Log_Window();
+    // The settings form if it has been made, else null.
+    class QX_settings* Settings_Form_If_Made();
 
     App_Context app_;
     Start_Options options_;
@@ -208,7 +213,6 @@ private:
     QTimer* Check_connection_timer_ = nullptr;
     std::unique_ptr<Link_Panel> link_;
     std::unique_ptr<Rw_Panel> rw_;
-    std::unique_ptr<Engine_Config_Table> crank_layouts_; // read when the viewer first needs them
     std::unique_ptr<Card_Panel> cards_;
 };
 

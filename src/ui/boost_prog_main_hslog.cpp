@@ -2,7 +2,7 @@
 // first use from the View menu, the port the capture takes and who may not have it
 // meanwhile, and the viewer following the image and the open capture.
 
-#include "core/proc_guard.h"
+#include "engine/settings_pages.h"
 #include "ui/boost_prog_main.h"
 #include "ui/link_panel.h"
 #include "ui/qx_crankview.h"
@@ -30,13 +30,10 @@ QWidget* BoostProgMain::Make_HS_Log_Window() {
 
 QWidget* BoostProgMain::Make_Crank_View() {
     Crank_View_Hooks hooks;
+    // The settings pages' catalogue, read from the ini file when first needed.
     hooks.Layouts = [this]() -> const Engine_Config_Table& {
-        if (!crank_layouts_) {
-            crank_layouts_ = std::make_unique<Engine_Config_Table>();
-            Proc_Guard guard(app_.log, "Crank view layouts");
-            guard.Step([&] { Load_Engine_Config_Tab(*crank_layouts_, app_.ini); });
-        }
-        return *crank_layouts_;
+        Pages_Context pages = app_.Pages();
+        return Current_Layout(pages).Engine_Config_Tab;
     };
     const auto hs = [this]() -> QX_Log_HS* {
         return Form_Exists("QX_Log_HS") ? static_cast<QX_Log_HS*>(Form("QX_Log_HS")) : nullptr;
