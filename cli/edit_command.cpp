@@ -2,9 +2,7 @@
 
 #include "cli/cli_tables.h"
 
-#include "core/atomic_file.h"
 #include "core/text.h"
-#include "files/qxs_format.h"
 #include "tables/cell_entry.h"
 #include "tables/selection_ops.h"
 
@@ -249,15 +247,7 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     }
     loaded.Flush_Diagnostics();
 
-    Image_Bytes bytes{};
-    std::copy_n(image.CardByte.begin(), bytes.size(), bytes.begin());
-    try {
-        Replace_File_Atomically(a->out, Format_Qxs(bytes, loaded.Comment_To_Save()));
-    } catch (const std::exception& e) {
-        std::fprintf(err, "%s: %s\n", a->out.c_str(), e.what());
-        return 1;
-    }
-    return 0;
+    return loaded.Save(a->out) ? 0 : 1;
 }
 
 } // namespace quorlen::cli
