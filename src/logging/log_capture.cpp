@@ -288,10 +288,14 @@ void Stop(Log_Context& ctx) {
 
 void Start_Logging(Log_Context& ctx) {
     // A log runs or it does not; the port may have gone with the cable meanwhile.
-    if (ctx.log.capture.Logging_Running)
+    if (ctx.log.capture.Logging_Running) {
         Stop(ctx);
-    else
+    } else if (ctx.flags.HS_Logging_Active) {
+        // The high-speed capture holds the port; the box streams its samples, not rows.
+        ctx.dialogs.Inform(HS_Port_Busy_Text);
+    } else {
         Start(ctx);
+    }
 }
 
 void Start_Logging_bin(Log_Context& ctx) {

@@ -157,6 +157,9 @@ void BoostProgMain::Build_Menus() {
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
     action(view, "Setting_Summary", "&Setting summary...", [this] { Setting_Summary_Click(false); });
     action(view, "View_Log", "&Log window...", &BoostProgMain::View_Log_Click);
+    view->addSeparator();
+    action(view, "mnu_HS_Log", "&High speed logging...", &BoostProgMain::mnu_HS_Log_Click);
+    action(view, "mnu_CrankView", "&Crank wheel...", &BoostProgMain::mnu_CrankView_Click);
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -454,6 +457,10 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "QX_Log_HS") {
+        form = Make_HS_Log_Window();
+    } else if (name == "QX_CrankView") {
+        form = Make_Crank_View();
     } else if (name == "QX_Setting_Summary") {
         form = Make_Setting_Summary_Window();
     } else if (name == "QX_RPM") {

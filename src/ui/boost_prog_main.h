@@ -109,6 +109,12 @@ public:
     void Write_bin_command_cmd_Click();
     void Clear_Err_Counters_cmd_Click();
 
+    // The high-speed log window and the crank viewer (boost_prog_main_hslog.cpp).
+    void mnu_HS_Log_Click();
+    void mnu_CrankView_Click();
+    // The viewer follows the layout, setting 18 and the capture on show.
+    void Refresh_Crank_View();
+
     // The Mapchip tab: the card in the box and the card readers (boost_prog_main_cards.cpp).
     void Check_Card_Present_cmd_Click();
     void Read_Card_Inbox_cmd_Click();
@@ -168,6 +174,8 @@ private:
     void Run_Settings(void (*procedure)(Settings_Context&));
     void Show_Rw_State();
     QWidget* Make_Log_Window();
+    QWidget* Make_HS_Log_Window();
+    QWidget* Make_Crank_View();
     QWidget* Make_Setting_Summary_Window();
     void Build_Log_Window();
     // The settings form if it has been made, else null.

@@ -14,6 +14,7 @@
 #include "logging/log_settings.h"
 #include "logging/log_signals.h"
 #include "logging/log_study.h"
+#include "ui/form_helpers.h"
 #include "ui/log_chart_view.h"
 #include "ui/qt_dialogs.h"
 #include "ui/qx_log_parts.h"
@@ -51,12 +52,6 @@ namespace {
 constexpr const char* Picture_Filter =
     "Logg file image (*.bmp)|*.bmp|As text file (*.csv)|*.csv|Logg file image (*.png)|*.png";
 
-QString Shown(const std::string& text) {
-    QString s = From_8bit(text);
-    s.replace("\r\n", "\n");
-    return s;
-}
-
 std::string Taken(const QString& text) {
     QString s = text;
     s.replace("\n", "\r\n");
@@ -86,14 +81,7 @@ Log_State& QX_Log::State() {
 
 Log_Context QX_Log::Ctx() {
     Log_Hooks h;
-    h.Dummy_Wait = [] {
-        QElapsedTimer t;
-        t.start();
-        while (t.elapsed() < 50) {
-            QApplication::processEvents(QEventLoop::AllEvents, 20);
-            QThread::msleep(2);
-        }
-    };
+    h.Dummy_Wait = [] { Serve_Events(50); };
     h.Read_Box_Settings = hooks_.Read_Box_Settings;
     h.Settings_Summary = hooks_.Settings_Summary;
     h.Main_Controls_Enabled = hooks_.Main_Controls_Enabled;
@@ -165,9 +153,9 @@ void QX_Log::Build() {
     auto* info = new QGroupBox("Log", this);
     info->setObjectName("File_Info_Frame");
     auto* info_layout = new QGridLayout(info);
-    txt_Log_Date_ = Field(info, "txt_Log_Date", 110);
-    txt_Log_time_ = Field(info, "txt_Log_time", 90);
-    txt_Log_Length_ = Field(info, "txt_Log_Length", 90);
+    txt_Log_Date_ = Named_Field(info, "txt_Log_Date", 110);
+    txt_Log_time_ = Named_Field(info, "txt_Log_time", 90);
+    txt_Log_Length_ = Named_Field(info, "txt_Log_Length", 90);
     for (QLineEdit* e : {txt_Log_Date_, txt_Log_time_, txt_Log_Length_})
         e->setReadOnly(true);
     info_layout->addWidget(new QLabel("Date", info), 0, 0);
@@ -294,7 +282,7 @@ QWidget* QX_Log::Build_Chart_Page() {
     const char* names[4] = {"txt_1stYScale_Min", "txt_1stYScale_Max", "txt_2ndYScale_Min",
                             "txt_2ndYScale_Max"};
     for (int k = 0; k < 4; ++k) {
-        Scale_[static_cast<std::size_t>(k)] = Field(scales, names[k], 80);
+        Scale_[static_cast<std::size_t>(k)] = Named_Field(scales, names[k], 80);
         QLineEdit* edit = Scale_[static_cast<std::size_t>(k)];
         connect(edit, &QLineEdit::returnPressed, this, [this, k] { Scale_Entry(k); });
         connect(edit, &QLineEdit::editingFinished, this, [this, k, edit] {
@@ -408,7 +396,7 @@ void QX_Log::Sync() {
     txt_Log_Date_->setText(From_8bit(f.txt_Log_Date));
     txt_Log_time_->setText(From_8bit(f.txt_Log_time));
     txt_Log_Length_->setText(From_8bit(f.txt_Log_Length));
-    const QString free_text = Shown(f.txt_Log_Free_Text);
+    const QString free_text = Shown_Text(f.txt_Log_Free_Text);
     if (txt_Log_Free_Text_->toPlainText() != free_text) txt_Log_Free_Text_->setPlainText(free_text);
     Compare_Frame_->setVisible(log.Compare_Mode && f.txt_Log_Free_Text_compare_Visible);
     Compare_Info_->setText(From_8bit("Compared with (2): " + log.Compare_File_Name + "  " +
@@ -421,7 +409,7 @@ void QX_Log::Sync() {
     cmd_Scroll_Left_Comp_->setEnabled(log.Compare_Mode);
     cmd_Scroll_Right_Comp_->setEnabled(log.Compare_Mode);
     Setup_Page_->setEnabled(!cap.Logging_Running);
-    const QString line_text = Shown(f.txt_LineTextWindow);
+    const QString line_text = Shown_Text(f.txt_LineTextWindow);
     if (txt_LineTextWindow_->toPlainText() != line_text) txt_LineTextWindow_->setPlainText(line_text);
     syncing_ = false;
     Sync_Timers();

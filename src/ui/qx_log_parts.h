@@ -1,6 +1,8 @@
 #pragma once
 // Small pieces the log window's pages share.
 
+#include "ui/form_helpers.h"
+
 #include <QBoxLayout>
 #include <QButtonGroup>
 #include <QLineEdit>
@@ -9,13 +11,6 @@
 #include <initializer_list>
 
 namespace quorlen::ui {
-
-inline QLineEdit* Field(QWidget* parent, const char* name, int width = 70) {
-    auto* edit = new QLineEdit(parent);
-    edit->setObjectName(name);
-    edit->setMaximumWidth(width);
-    return edit;
-}
 
 // Option buttons named "name(0)", "name(1)", ... in a row, their group numbering them so.
 inline QButtonGroup* Options(QWidget* parent, QBoxLayout* row, const char* name,

@@ -46,7 +46,7 @@ QWidget* QX_Log::Build_Setup_Page() {
     auto* form = new QFormLayout(car);
     auto* gears = new QHBoxLayout;
     for (int g = 1; g <= 6; ++g) {
-        txt_Gearing_[g] = Field(car, "", 55);
+        txt_Gearing_[g] = Named_Field(car, "", 55);
         txt_Gearing_[g]->setObjectName(QStringLiteral("txt_Gearing(%1)").arg(g));
         gears->addWidget(txt_Gearing_[g]);
     }
@@ -60,8 +60,8 @@ QWidget* QX_Log::Build_Setup_Page() {
     });
     form->addRow("Gear of the calculation", Gear_option_);
     auto* calc = new QHBoxLayout;
-    txt_Speed_ = Field(car, "txt_Speed");
-    txt_RPM_ = Field(car, "txt_RPM");
+    txt_Speed_ = Named_Field(car, "txt_Speed");
+    txt_RPM_ = Named_Field(car, "txt_RPM");
     auto* calc_button = new QPushButton("Calculate gear 1", car);
     calc_button->setObjectName("cmd_Calc_Gearing");
     connect(calc_button, &QPushButton::clicked, this, &QX_Log::cmd_Calc_Gearing_Click);
@@ -74,7 +74,7 @@ QWidget* QX_Log::Build_Setup_Page() {
     Speed_option_ = Options(car, units, "Speed_option", {"km/h", "mph", "m/s"});
     form->addRow("Speed in", units);
     auto* weight = new QHBoxLayout;
-    txt_Weight_ = Field(car, "txt_Weight");
+    txt_Weight_ = Named_Field(car, "txt_Weight");
     weight->addWidget(txt_Weight_);
     Weight_option_ = Options(car, weight, "Weight_option", {"kg", "lbs"});
     form->addRow("Weight", weight);
@@ -85,27 +85,27 @@ QWidget* QX_Log::Build_Setup_Page() {
         connect(group, &QButtonGroup::idClicked, this, [this] {
             if (!syncing_ && Take_Settings()) Setup_Changed();
         });
-    txt_Min_Hp_ = Field(car, "txt_Min_Hp");
-    txt_Max_Hp_ = Field(car, "txt_Max_Hp");
+    txt_Min_Hp_ = Named_Field(car, "txt_Min_Hp");
+    txt_Max_Hp_ = Named_Field(car, "txt_Max_Hp");
     auto* hp = new QHBoxLayout;
     hp->addWidget(txt_Min_Hp_);
     hp->addWidget(txt_Max_Hp_);
     form->addRow("Power shown, hp (min, max)", hp);
-    txt_AirResistance_ = Field(car, "txt_AirResistance");
-    txt_FrontalArea_ = Field(car, "txt_FrontalArea");
-    txt_AirDensity_ = Field(car, "txt_AirDensity");
+    txt_AirResistance_ = Named_Field(car, "txt_AirResistance");
+    txt_FrontalArea_ = Named_Field(car, "txt_FrontalArea");
+    txt_AirDensity_ = Named_Field(car, "txt_AirDensity");
     auto* air = new QHBoxLayout;
     air->addWidget(txt_AirResistance_);
     air->addWidget(txt_FrontalArea_);
     air->addWidget(txt_AirDensity_);
     form->addRow("Drag factor, frontal area, air density", air);
-    txt_Transloss_0k_ = Field(car, "txt_Transloss_0k");
-    txt_Transloss_6k_ = Field(car, "txt_Transloss_6k");
+    txt_Transloss_0k_ = Named_Field(car, "txt_Transloss_0k");
+    txt_Transloss_6k_ = Named_Field(car, "txt_Transloss_6k");
     auto* loss = new QHBoxLayout;
     loss->addWidget(txt_Transloss_0k_);
     loss->addWidget(txt_Transloss_6k_);
     form->addRow("Transmission loss % at 0 and 6000 rpm", loss);
-    txt_FuelInjectorSize_ = Field(car, "txt_FuelInjectorSize");
+    txt_FuelInjectorSize_ = Named_Field(car, "txt_FuelInjectorSize");
     form->addRow("Injectors in all, cc/min", txt_FuelInjectorSize_);
     auto* left = new QVBoxLayout;
     left->addWidget(car);
@@ -113,11 +113,11 @@ QWidget* QX_Log::Build_Setup_Page() {
     auto* right = new QVBoxLayout;
     auto* logging = new QGroupBox("Logging", page);
     auto* lform = new QFormLayout(logging);
-    txt_Default_Save_Name_ = Field(logging, "txt_Default_Save_Name", 160);
+    txt_Default_Save_Name_ = Named_Field(logging, "txt_Default_Save_Name", 160);
     lform->addRow("File name", txt_Default_Save_Name_);
-    txt_Show_Log_Sek_ = Field(logging, "txt_Show_Log_Sek");
+    txt_Show_Log_Sek_ = Named_Field(logging, "txt_Show_Log_Sek");
     lform->addRow("Seconds shown", txt_Show_Log_Sek_);
-    txt_Show_Log_Interval_ = Field(logging, "txt_Show_Log_Interval");
+    txt_Show_Log_Interval_ = Named_Field(logging, "txt_Show_Log_Interval");
     lform->addRow("Update interval, s", txt_Show_Log_Interval_);
     check_SettingsInLogg_ = new QCheckBox("Read the box settings into the log", logging);
     check_SettingsInLogg_->setObjectName("check_SettingsInLogg");
@@ -137,11 +137,11 @@ QWidget* QX_Log::Build_Setup_Page() {
 
     auto* chart = new QGroupBox("Smoothing and views", page);
     auto* cform = new QFormLayout(chart);
-    txt_FIR_[0] = Field(chart, "txt_FIR(0)");
+    txt_FIR_[0] = Named_Field(chart, "txt_FIR(0)");
     txt_FIR_[0]->setToolTip(
         "The smoothed RPM is the mean of this many rows before each row and the row itself");
     cform->addRow("RPM smoothing, rows", txt_FIR_[0]);
-    txt_FIR_[1] = Field(chart, "txt_FIR(1)");
+    txt_FIR_[1] = Named_Field(chart, "txt_FIR(1)");
     txt_FIR_[1]->setToolTip("Power is the mean of this many rows either side; with \"Smooth every curve\" so "
                             "is each curve of the chart");
     cform->addRow("Power smoothing, rows either side", txt_FIR_[1]);
