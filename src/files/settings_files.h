@@ -9,6 +9,7 @@
 #include "core/user_dialogs.h"
 #include "files/qxs_format.h"
 #include "image/settings_image.h"
+#include "tables/undo_list.h"
 
 #include <functional>
 #include <optional>
@@ -27,7 +28,6 @@ struct Settings_File_Hooks {
     std::function<void()> Update_All;
     std::function<void()> Update_Tabs;
     std::function<void()> AN_Combo_Click; // the sensor editor's first input, after a load
-    std::function<void()> edit_undo_Click;
     // A log file picked in the settings dialog: load it as a log, then take its settings.
     std::function<void(const std::string& full_name)> Open_Log_File;
 };
@@ -37,6 +37,7 @@ struct Settings_File_Context {
     Form_Texts& texts;
     File_State& files;
     Settings_Image& image;
+    Undo_List& undo;
     Ini_File& ini;
     Debug_Log& log;
     User_Dialogs& dialogs;
@@ -52,6 +53,10 @@ std::string Cut_Data_Dir(const std::string& full_name, const std::string& file_t
 // A name without a folder is taken from App_Path, where the program keeps its files (the
 // original ran in its own folder and looked there).
 std::string Resolve_In_App_Path(const std::string& app_path, const std::string& name);
+
+// The one way an image is saved as a settings file: 250 and 251 become 0 and 255 the
+// selected DatasetID in the image itself, then the file replaces `path` whole.
+void Save_Settings_File(Settings_Image& image, const std::string& comment, const std::string& path);
 
 void File_open_Click(Settings_File_Context& ctx);
 void File_save_Click(Settings_File_Context& ctx);

@@ -120,6 +120,7 @@ void Read_Steps(Settings_Context& s, bool binary) {
         s.Add_Both("Read aborted " + Now_Time_Text());
         return;
     }
+    s.Call(s.hooks.save_to_undolist);
     for (int i = 0; i < Image_Size; ++i) {
         im.CardByte[i] = im.TempByte[i] = bytes[i];
         im.ChangedByte[i] = 0;
@@ -392,6 +393,7 @@ void Com_Read_Click(Settings_Context& s) {
         } else {
             c.texts.rs232_text = "< reading data from RZ... >";
             if (Read_Master(s, false, bytes)) {
+                s.Call(s.hooks.save_to_undolist);
                 for (int i = 0; i < Image_Size; ++i) {
                     s.image.CardByte[i] = s.image.TempByte[i] = bytes[i];
                     s.image.ChangedByte[i] = 0;

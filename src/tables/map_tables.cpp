@@ -496,6 +496,7 @@ void Write(Settings_Image& image, int address, int value) {
 void FUEL_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Hooks& hooks) {
     if (index < 0 || index >= static_cast<int>(Fuel_Size_Variants().size())) return;
     Proc_Guard guard(ctx.log, "FUEL 3D MAP Size Combo Click");
+    save_to_undolist(ctx.undo, ctx.image);
     guard.Step([&] {
         const Map_Size& size = Fuel_Size_Variants()[static_cast<std::size_t>(index)];
         Write(ctx.image, Size_Byte, (ctx.image.CardByte[Size_Byte] & ~7) | index);
@@ -508,6 +509,7 @@ void FUEL_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Ho
 void Ign_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Hooks& hooks) {
     if (index < 0 || index >= static_cast<int>(Ign_Size_Variants().size())) return;
     Proc_Guard guard(ctx.log, "Ign 3D MAP Size Combo Click");
+    save_to_undolist(ctx.undo, ctx.image);
     guard.Step([&] {
         const Map_Size& size = Ign_Size_Variants()[static_cast<std::size_t>(index)];
         Write(ctx.image, Size_Byte, (ctx.image.CardByte[Size_Byte] & 63) | (index << 6));
@@ -519,6 +521,7 @@ void Ign_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Hoo
 
 void FUEL_2nd_MAP_Function_Combo_Click(Tables_Context& ctx, int index, const Table_Hooks& hooks) {
     if (index < 0 || index > 7) return;
+    save_to_undolist(ctx.undo, ctx.image);
     Write(ctx.image, Size_Byte, (ctx.image.CardByte[Size_Byte] & ~56) | (index << 3));
     Run(hooks);
 }
@@ -539,11 +542,12 @@ Scroll_Shown Main_Scroll_Text(const Tables_Context& ctx, int index) {
     return {Sensor_Text(ctx, s, value), Sensor_Unit(ctx, s)};
 }
 
-Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value,
-                                const std::function<void()>& update) {
+Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value, const std::function<void()>& update,
+                                bool new_step) {
     auto a = At(index);
     std::uint8_t byte = byte_chk(value);
     if (ctx.image.CardByte[a] != byte) {
+        if (new_step) save_to_undolist(ctx.undo, ctx.image);
         ctx.image.ChangedByte[a] = Changed_Mark;
         ctx.image.CardByte[a] = byte;
         if (update) update();

@@ -5,6 +5,7 @@
 #include "core/identity.h"
 #include "core/proc_guard.h"
 #include "core/window_size.h"
+#include "tables/cell_entry.h"
 #include "tables/undo_list.h"
 #include "ui/autoguide_dialog.h"
 #include "ui/frm_splash.h"
@@ -135,8 +136,10 @@ void BoostProgMain::Build_Menus() {
 
     QMenu* edit = menuBar()->addMenu("&Edit");
     edit->setObjectName("Edit_menu");
-    action(edit, "edit_undo", "&Undo", &BoostProgMain::edit_undo_Click, QKeySequence::Undo);
-    action(edit, "edit_redo", "&Redo", &BoostProgMain::edit_redo_Click, QKeySequence::Redo);
+    edit_undo_ = action(edit, "edit_undo", "&Undo", &BoostProgMain::edit_undo_Click, QKeySequence::Undo);
+    edit_redo_ = action(edit, "edit_redo", "&Redo", &BoostProgMain::edit_redo_Click, QKeySequence::Redo);
+    // Also when the menu opens: an edit elsewhere may have changed what they can do.
+    connect(edit, &QMenu::aboutToShow, this, &BoostProgMain::Undo_Menu_Follows);
 
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
@@ -357,6 +360,8 @@ void BoostProgMain::Form_Load() {
         app.files.OpenDefaultNow = true;
         File_open_Click();
         app.files.OpenDefaultNow = false;
+        // The tuner's work starts from the image the program came up with.
+        Clear_Undo_List(app.undo);
     });
     guard.Step([&] {
         app.program.Settings_File_Name = "New1.qxs";
@@ -551,10 +556,10 @@ Settings_File_Context BoostProgMain::File_Context() {
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
     hooks.AN_Combo_Click = [this] { Analog_Follows_Image(); };
-    hooks.edit_undo_Click = [this] { edit_undo_Click(); };
     hooks.Open_Log_File = [this](const std::string& name) { Open_Log_File(name); };
-    return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,
-                                 app_.ini,     app_.log,   *active_dialogs_, std::move(hooks)};
+    return Settings_File_Context{app_.program, app_.texts,       app_.files,
+                                 app_.image,   app_.undo,        app_.ini,
+                                 app_.log,     *active_dialogs_, std::move(hooks)};
 }
 
 void BoostProgMain::File_open_Click() {
@@ -578,12 +583,23 @@ void BoostProgMain::File_save_as_Click() {
     Show_Texts();
 }
 
+// After a step back or forth the next digit starts a new number, as after a move of the
+// cursor: it must not go on with a number the image no longer shows.
 void BoostProgMain::edit_undo_Click() {
     quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    Grid_RowColChange(app_.tables);
+    Undo_Menu_Follows();
 }
 
 void BoostProgMain::edit_redo_Click() {
     quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    Grid_RowColChange(app_.tables);
+    Undo_Menu_Follows();
+}
+
+void BoostProgMain::Undo_Menu_Follows() {
+    if (edit_undo_ != nullptr) edit_undo_->setEnabled(Can_Undo(app_.undo, app_.image));
+    if (edit_redo_ != nullptr) edit_redo_->setEnabled(Can_Redo(app_.undo, app_.image));
 }
 
 void BoostProgMain::View_write_debug_Click() {

@@ -82,6 +82,7 @@ void BoostProgMain::Run_Settings(void (*procedure)(Settings_Context&)) {
     Settings_Hooks hooks;
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
+    hooks.save_to_undolist = [this] { save_to_undolist(app_.undo, app_.image); };
     hooks.Service_Events = [this] {
         Show_Link_State();
         Show_Rw_State();

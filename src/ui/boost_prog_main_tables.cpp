@@ -26,6 +26,7 @@ void BoostProgMain::Update_All() {
     Tables_Context ctx = app_.Tables(*active_dialogs_);
     quorlen::Update_All(ctx);
     map_tabs_->Update_All();
+    Undo_Menu_Follows();
     UpdateBusy_ = false;
 }
 

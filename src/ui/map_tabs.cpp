@@ -290,6 +290,7 @@ void Map_Tabs::Build_Comp_Page(QWidget* page, int first_index, const QString& ch
         grid->addWidget(s.unit, i, 3);
         connect(s.scroll, &QScrollBar::valueChanged, this,
                 [this, index](int value) { scroll_Change(index, value); });
+        connect(s.scroll, &QScrollBar::sliderPressed, this, [this] { drag_step_due_ = true; });
         sliders_[index] = s;
     }
     grid->setColumnStretch(1, 1);
@@ -489,8 +490,11 @@ void Map_Tabs::Update_All() {
 
 void Map_Tabs::scroll_Change(int index, int value) {
     Tables_Context ctx = Context();
-    Scroll_Shown shown = Main_scroll_Change(ctx, index, value, hooks_.Update_All);
     Slider& s = sliders_[index];
+    // A drag is one step for undo; a click or a key on the bar is a step each.
+    const bool new_step = !s.scroll->isSliderDown() || drag_step_due_;
+    drag_step_due_ = false;
+    Scroll_Shown shown = Main_scroll_Change(ctx, index, value, hooks_.Update_All, new_step);
     s.text->setText(QString::fromStdString(shown.text));
     s.unit->setText(QString::fromStdString(shown.unit));
 }

@@ -224,7 +224,8 @@ TEST(ShippedImage, LoadsWithoutAnyRepair) {
     Reset_Sensor_Table(sensors.table);
     Tables_State tables;
     Scripted_Dialogs dialogs;
-    Tables_Context ctx{image, sensors, tables, log, dialogs};
+    Undo_List undo;
+    Tables_Context ctx{image, sensors, tables, log, dialogs, undo};
     Update_Tabs(ctx);
     Update_All(ctx);
     EXPECT_TRUE(dialogs.informed.empty());
