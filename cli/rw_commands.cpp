@@ -182,10 +182,9 @@ int Read_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     b.Print_Report(out);
     if (b.rw.Read_Failed) return 2;
     if (!b.rw.Read_Complete) return 1;
-    Image_Bytes bytes{};
-    std::copy_n(b.image.CardByte.begin(), bytes.size(), bytes.begin());
+    Note_Dataset(b.image, err);
     try {
-        Replace_File_Atomically(a.output, Format_Qxs(bytes, b.texts.txt_File_Description));
+        Save_Settings_File(b.image, b.texts.txt_File_Description, a.output);
     } catch (const Run_Error& e) {
         std::fprintf(err, "%s: %s\n", a.output.c_str(), e.what());
         return 1;

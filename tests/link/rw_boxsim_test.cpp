@@ -305,6 +305,11 @@ TEST_F(Settings_Link, CommandLineReadVerifyWriteAndTheErrorCounters) {
     EXPECT_EQ(read.code, 0) << read.out;
     EXPECT_NE(read.out.find(texts), std::string::npos) << read.out;
     EXPECT_TRUE(test::Compared_Differences(test::Load_Image(file).value(), image).empty());
+    // Saved by the program's own rules: the reserved bytes as 0, the dataset as selected.
+    EXPECT_NE(image[250], 0);
+    EXPECT_EQ(test::Load_Image(file).value()[250], 0);
+    EXPECT_EQ(test::Load_Image(file).value()[251], 0);
+    EXPECT_EQ(test::Load_Image(file).value()[255], 200);
 
     auto verify = Cli({"verify", "--port", box->Link(), file, "--binary"});
     EXPECT_EQ(verify.code, 0) << verify.out;

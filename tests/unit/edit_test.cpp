@@ -520,5 +520,33 @@ TEST(Edit_Command, RunsEachOperationAsItsButtonAndSavesTheResult) {
     EXPECT_NE(help.find("edit FILE -o OUT"), std::string::npos);
 }
 
+TEST(Edit_Command, SavesByTheProgramsRulesAndStepsBackAndForth) {
+    test::Temp_Dir dir;
+    auto original = Load_Qxs_File(std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3_Default_Settings.qxs");
+    ASSERT_TRUE(original);
+    Image_Bytes bytes = original->bytes;
+    bytes[250] = 7;
+    bytes[251] = 8;
+    bytes[255] = 68;
+    const std::string in = dir.File("in.qxs");
+    test::Write_File(in, Format_Qxs(bytes, "mine"));
+    const std::string ini = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3.ini";
+    const int fuel_1_1 = 256 + 19 + 18 + 2;
+
+    test::Cli_Result r = test::Run_Cli({"edit", in, "-o", dir.File("out.qxs"), "--ini", ini, "--op", "fuel", "1,1",
+                                        "plus", "--op", "pwm1", "2", "set=37", "--undo", "--undo", "--redo"});
+    EXPECT_EQ(r.code, 0) << r.err;
+    EXPECT_NE(r.out.find("undo: 1 bytes changed\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.err.find("dataset ID 68 is saved as 200"), std::string::npos) << r.err;
+    auto out = Load_Qxs_File(dir.File("out.qxs"));
+    ASSERT_TRUE(out);
+    EXPECT_EQ(out->bytes[fuel_1_1], bytes[fuel_1_1] + 1); // redone
+    EXPECT_EQ(out->bytes[897], bytes[897]);               // undone
+    EXPECT_EQ(out->bytes[250], 0);
+    EXPECT_EQ(out->bytes[251], 0);
+    EXPECT_EQ(out->bytes[255], 200);
+    EXPECT_EQ(out->comment, "mine\r\n");
+}
+
 } // namespace
 } // namespace quorlen
