@@ -22,6 +22,11 @@ void Link_Context::Dummy_Wait() const {
 
 void Send_Wait_Rec(Link_Context& c, std::string_view command, double timeout, int expected,
                    std::string& answer, bool& ok) {
+    Send_Wait_Rec(c, command, timeout, expected, answer, ok, nullptr);
+}
+
+void Send_Wait_Rec(Link_Context& c, std::string_view command, double timeout, int expected,
+                   std::string& answer, bool& ok, bool (*complete)(std::string_view)) {
     Proc_Guard guard(c.log, "Send wait rec");
     ok = false;
     c.state.Last_Exchange_Failure.clear();
@@ -44,7 +49,7 @@ void Send_Wait_Rec(Link_Context& c, std::string_view command, double timeout, in
         const auto wanted = static_cast<std::size_t>(expected < 0 ? 0 : expected);
         for (;;) {
             answer += c.line.Read_All();
-            if (answer.size() >= wanted) {
+            if (answer.size() >= wanted || (complete != nullptr && complete(answer))) {
                 ok = true;
                 break;
             }

@@ -3,6 +3,7 @@
 #include "core/proc_guard.h"
 #include "core/run_error.h"
 #include "core/text.h"
+#include "link/banner.h"
 #include "link/error_codes.h"
 #include "link/session.h"
 
@@ -385,7 +386,7 @@ void Com_Read_Click(Settings_Context& s) {
         get_connect_info(c);
         std::string banner;
         bool whole = false;
-        Send_Wait_Rec(c, "v", 0.5, 2048, banner, whole);
+        Send_Wait_Rec(c, "v", 0.5, 2048, banner, whole, Banner_Complete);
         Box_Image bytes{};
         if (s.rw.Slave_Checked) {
             c.texts.rs232_text = "< verifying... >";

@@ -35,12 +35,14 @@ void get_connect_info(Link_Context& c) {
     Proc_Guard guard(c.log, "Get connect info");
     std::string answer;
     bool ok = false;
-    Send_Wait_Rec(c, "v", 0.2, 200, answer, ok);
+    // The count is an upper bound: a box's banner is usually shorter, and ends with its
+    // mode line.
+    Send_Wait_Rec(c, "v", 0.2, 200, answer, ok, Banner_Complete);
     if (Banner_Has_I2C_Timeout(answer)) {
         // The display bus of the box failed while it wrote; it usually recovers at once.
-        Send_Wait_Rec(c, "v", 0.1, 200, answer, ok);
+        Send_Wait_Rec(c, "v", 0.1, 200, answer, ok, Banner_Complete);
         if (Banner_Has_I2C_Timeout(answer)) {
-            Send_Wait_Rec(c, "v", 0.1, 200, answer, ok);
+            Send_Wait_Rec(c, "v", 0.1, 200, answer, ok, Banner_Complete);
             if (Banner_Has_I2C_Timeout(answer)) Append_Debug(c, "3 I2C time out in row");
         }
     }
@@ -79,7 +81,7 @@ void Check_connection_timer(Link_Context& c) {
     }
     if (c.flags.Write_In_Progress || c.flags.Link_Busy || c.flags.Connect_Info_Busy) return;
 
-    Proc_Guard guard(c.log, "Check connection timer ");
+    Proc_Guard guard(c.log, "Check connection timer \r\n");
     c.flags.Connection_Check_Busy = true;
     c.flags.Link_Busy = true;
     try {
@@ -88,7 +90,7 @@ void Check_connection_timer(Link_Context& c) {
         // A port that stays missing would write this every 1.5 s; once is enough.
         const std::string failure = e.what();
         if (failure != c.state.Last_Check_Failure)
-            c.log.Write_Line("Error in Check connection timer " + failure);
+            c.log.Write_Line("Error in Check connection timer \r\n" + failure);
         c.state.Last_Check_Failure = failure;
         c.program.Autostart_Pending = true;
         c.flags.Link_Busy = false;
