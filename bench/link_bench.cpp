@@ -1,8 +1,11 @@
-// The session check's "v" exchange (1 character out, 200 back) against the simulator on a
-// pseudo-terminal, 200 times, through the program's QSerialPort line. With --wire-baud the
+// The session check (get_connect_info: one "v" exchange and the banner's fields) against the
+// simulator on a pseudo-terminal, 200 times, through the program's QSerialPort line. The
+// simulator answers with a banner of natural length, shorter than the 200 characters the
+// check may wait for, so the check must end on the banner's own end. With --wire-baud the
 // simulator paces its side like a real line, and the figure that matters is the ratio of the
-// mean exchange to the wire time of command and answer (target: at most 1.2).
+// mean check to the wire time of command and answer (target: at most 1.2).
 
+#include "link/banner.h"
 #include "link/qt/qt_serial_line.h"
 #include "link/session.h"
 #include "support/boxsim_run.h"
@@ -41,11 +44,15 @@ void V_Exchange(benchmark::State& run) {
     quorlen::Link_Context c{program, texts, flags, state, log, line, no_auto_start, {}};
     quorlen::Open_Port_If_Closed(c);
 
+    // The banner's length, for the wire time.
     std::string answer;
     bool ok = false;
+    quorlen::Send_Wait_Rec(c, "v", 0.2, 200, answer, ok, quorlen::Banner_Complete);
+    const auto characters = static_cast<double>(1 + answer.size());
     const double start = quorlen::Steady_Seconds();
     for (auto _ : run) {
-        quorlen::Send_Wait_Rec(c, "v", 0.2, 200, answer, ok);
+        quorlen::get_connect_info(c);
+        ok = state.Connected;
         if (!ok) {
             run.SkipWithError("no complete banner");
             break;
@@ -58,14 +65,14 @@ void V_Exchange(benchmark::State& run) {
     run.counters["ms_per_exchange"] = mean * 1000.0;
     char line_text[200];
     if (wire_baud > 0) {
-        const double wire = (1 + 200) * 10.0 / wire_baud;
+        const double wire = characters * 10.0 / wire_baud;
         run.counters["wire_ms"] = wire * 1000.0;
         run.counters["ratio_to_wire"] = mean / wire;
         std::snprintf(line_text, sizeof line_text,
-                      "%d baud: %.3f ms per exchange, wire time %.3f ms, ratio %.3f (target <= 1.2)",
-                      wire_baud, mean * 1000.0, wire * 1000.0, mean / wire);
+                      "%d baud: %.3f ms per check, %.0f characters, wire time %.3f ms, ratio %.3f (target <= 1.2)",
+                      wire_baud, mean * 1000.0, characters, wire * 1000.0, mean / wire);
     } else {
-        std::snprintf(line_text, sizeof line_text, "unpaced: %.3f ms per exchange", mean * 1000.0);
+        std::snprintf(line_text, sizeof line_text, "unpaced: %.3f ms per check", mean * 1000.0);
     }
     summary.emplace_back(line_text);
 }
@@ -86,7 +93,7 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     std::fflush(stdout);
-    std::printf("\n\"v\" exchanges of the session check, 200 each:\n");
+    std::printf("\nSession checks against the natural banner, 200 each:\n");
     for (const std::string& line : summary)
         std::printf("  %s\n", line.c_str());
     return 0;
