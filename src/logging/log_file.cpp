@@ -305,6 +305,7 @@ void Save_File(Log_Context& ctx, const std::string& path, bool default_file) {
 void Log_File_Auto_Save(Log_Context& ctx) {
     Proc_Guard guard(ctx.debug, "Log file auto save");
     Log_State& log = ctx.log;
+    if (log.capture.Live_View) return;
     guard.Step([&] {
         std::string name = log.Log_File_Name;
         if (log.Part_Counter == 0)

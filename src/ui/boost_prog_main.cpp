@@ -178,6 +178,10 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     mapchip->setObjectName("Mapchip_Communication");
     SSTab_Communication_->addTab(box, "RZ-box");
     SSTab_Communication_->addTab(mapchip, "Mapchip");
+    connect(SSTab_Communication_, &QTabWidget::tabBarClicked, this, [this](int index) {
+        if (QWidget* tab = SSTab_Communication_->widget(index))
+            app_.ini.Write_Ini("Default_Com_interface", tab->objectName().toStdString());
+    });
 
     auto* box_layout = new QGridLayout(box);
     auto button = [&](const char* name, const char* caption, int row, int col) {
@@ -452,6 +456,9 @@ void BoostProgMain::Unload(const std::string& name) {
         return;
     }
     if (!Form_Exists(name)) return;
+    // Both shutdown routes unload the log window before the main form: its size is kept
+    // while it still has one.
+    if (name == "QX_Log") Save_Log_Window_Size();
     QPointer<QWidget> form = forms_[name];
     form->close();
     delete form.data();
@@ -475,7 +482,6 @@ void BoostProgMain::Form_Unload() {
     if (unloaded_) return;
     unloaded_ = true;
     Save_Display_Window_Size();
-    Save_Log_Window_Size();
     app_.program.Closing = true;
     Label_Notification_->setText("Remove Mapchip from reader to close the program");
     Label_Notification_->setVisible(true);

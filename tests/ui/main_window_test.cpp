@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
 
@@ -59,7 +60,25 @@ TEST_F(MainWindow, EmptyProgramFolderComesUpAndLeavesByTheMenuWithoutErrors) {
     EXPECT_TRUE(window->App().program.Closing);
     EXPECT_FALSE(window->Form_Exists("QX_Debug"));
     EXPECT_EQ(Log().find("Error in "), std::string::npos);
+    // File, Exit keeps both windows' places, as the close box does.
     EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Main_Window_Size="), std::string::npos);
+    EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Log_Window_Size="), std::string::npos);
+}
+
+TEST_F(MainWindow, TheCommunicationPageUsedLastComesBackAtTheNextStart) {
+    auto window = Start();
+    auto* comm = window->findChild<QTabWidget*>("SSTab_Communication");
+    EXPECT_EQ(comm->currentIndex(), 0);
+    QTabBar* bar = comm->tabBar();
+    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(1).center());
+    EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Default_Com_interface=Mapchip_Communication"),
+              std::string::npos);
+    window->File_exit_Click();
+    window.reset();
+
+    window = Start();
+    EXPECT_EQ(window->findChild<QTabWidget*>("SSTab_Communication")->currentIndex(), 1);
+    window->File_exit_Click();
 }
 
 TEST_F(MainWindow, ShippedDataLoadsTheDefaultFileButTheTitleSaysNew1AndTheCloseBoxLeavesCleanly) {
