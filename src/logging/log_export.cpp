@@ -58,7 +58,7 @@ bool cmd_Export_Log_qxs_settings_Click(Settings_File_Context& ctx, std::string_v
     if (guard.Failed())
         ctx.log.Write_Line(Read_Error_Text);
     else if (lines != Image_Size)
-        ctx.dialogs.Inform("This log file does not include any valid box settings");
+        ctx.dialogs.Show_Message(Icon::Information, "This log file does not include any valid box settings");
     return taken;
 }
 

@@ -18,7 +18,15 @@ public:
     std::vector<File_Dialog_Setup> dialogs_shown;
 
     std::vector<std::string> informed_titles; // of Inform_Titled, in order
-    void Inform(const std::string& text) override { informed.push_back(text); }
+    std::vector<Icon> icons;                  // of every message, in order (None when plain)
+    void Inform(const std::string& text) override {
+        icons.push_back(Icon::None);
+        informed.push_back(text);
+    }
+    void Show_Message(Icon icon, const std::string& text) override {
+        icons.push_back(icon);
+        informed.push_back(text);
+    }
     void Inform_Titled(const std::string& title, const std::string& text) override {
         informed_titles.push_back(title);
         Inform(text);

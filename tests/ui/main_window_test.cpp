@@ -5,14 +5,17 @@
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
+#include "ui/qt_dialogs.h"
 
 #include <QApplication>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -63,6 +66,31 @@ TEST_F(MainWindow, EmptyProgramFolderComesUpAndLeavesByTheMenuWithoutErrors) {
     // File, Exit keeps both windows' places, as the close box does.
     EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Main_Window_Size="), std::string::npos);
     EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Log_Window_Size="), std::string::npos);
+}
+
+TEST(Message_Boxes, EachShowsTheSymbolItsTextCallsFor) {
+    QWidget parent;
+    ui::Qt_User_Dialogs dialogs(&parent, "Quorlen");
+    auto shown = [](auto show) {
+        auto icon = std::make_shared<QMessageBox::Icon>(QMessageBox::NoIcon);
+        auto seen = std::make_shared<bool>(false);
+        QTimer::singleShot(0, [icon, seen] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr) return;
+            *seen = true;
+            *icon = box->icon();
+            box->done(QMessageBox::Ok);
+        });
+        show();
+        EXPECT_TRUE(*seen);
+        return *icon;
+    };
+    EXPECT_EQ(shown([&] { dialogs.Inform("Not a valid qxs-file"); }), QMessageBox::NoIcon);
+    EXPECT_EQ(shown([&] { dialogs.Show_Message(Icon::Stop, "No complete data in this chunk"); }),
+              QMessageBox::Critical);
+    EXPECT_EQ(shown([&] { dialogs.Show_Message(Icon::Information, "Length of log header"); }),
+              QMessageBox::Information);
+    EXPECT_EQ(shown([&] { dialogs.Ask_Ok_Cancel("load anyway?"); }), QMessageBox::Question);
 }
 
 TEST_F(MainWindow, TheCommunicationPageUsedLastComesBackAtTheNextStart) {

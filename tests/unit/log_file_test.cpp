@@ -297,6 +297,7 @@ TEST_F(LogExport, TakesTheImageOnlyFromAWholeDatasetSection) {
 
     EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, Dataset(1023, 200)));
     EXPECT_EQ(dialogs.informed.back(), "This log file does not include any valid box settings");
+    EXPECT_EQ(dialogs.icons.back(), Icon::Information);
     EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, Dataset(1026, 200)));
     const std::string debug_text = Debug_Text();
     std::size_t lines = 0;

@@ -103,6 +103,7 @@ TEST_F(Tables, OutOfRuleStepsAreMendedWithOneMessagePerAxis) {
     image.CardByte[50] = 200; // PWM2 extra fuel axis
     Update_All(ctx);
     ASSERT_EQ(dialogs.informed.size(), 2u);
+    EXPECT_EQ(dialogs.icons, (std::vector<Icon>{Icon::Information, Icon::Information}));
     EXPECT_EQ(
         dialogs.informed[0],
         "Some errors in Ignition Load table was automatically corrected. Double check and save the file");
