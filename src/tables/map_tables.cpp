@@ -97,14 +97,12 @@ double Row_Volts(int i, int points) {
     return (i - 1) * 5.0 / (points - 1);
 }
 
+// CR LF, the title, " - " and the input's name as the tables' lists give it, and the unit
+// of the sensor on that input when it has one.
 std::string Caption(const Tables_Context& ctx, const char* title, int selection) {
-    std::string text = "\r\n" + std::string(title);
-    if (selection == Rpm_Selection) return text + Load_Input_Name(selection);
+    std::string text = "\r\n" + std::string(title) + " - " + Load_Input_Name(selection);
     int s = Sensor_For_Selection(ctx.image, ctx.sensors, selection);
-    text += Load_Input_Name(selection) + " - ";
-    if (s < 0) return text;
-    text += ctx.sensors.table.Name(s);
-    if (!ctx.sensors.table.Unit(s).empty()) text += " [" + ctx.sensors.table.Unit(s) + "]";
+    if (s >= 0 && !ctx.sensors.table.Unit(s).empty()) text += " [" + ctx.sensors.table.Unit(s) + "]";
     return text;
 }
 

@@ -183,8 +183,8 @@ TEST_F(Tables, OneDimensionalAxesCaptionsAndBoostMode) {
     EXPECT_EQ(Text(Table_Id::Pwm2, 1, 2), "0.0");
     EXPECT_EQ(tables.captions.Pwm1_Tab, "PWM1 Boost control");
     EXPECT_EQ(tables.captions.PWM_boost_sensor_label, "\r\nPWM PID control. Boost sensor:  MAP");
-    EXPECT_EQ(tables.captions.Pwm_Load, "\r\nPWM Load sensor: MAP - MAP [bar]");
-    EXPECT_EQ(tables.captions.Ign2nd_Load, "\r\n1st Ignition comp load sensor: RPM");
+    EXPECT_EQ(tables.captions.Pwm_Load, "\r\nPWM Load sensor:  - MAP [bar]");
+    EXPECT_EQ(tables.captions.Ign2nd_Load, "\r\n1st Ignition comp load sensor:  - RPM");
     EXPECT_EQ(tables.captions.Fuel_Load_Header, "Load [bar]");
     EXPECT_EQ(Text(Table_Id::Ign_Comp1, 21, 0), "10000");
     EXPECT_EQ(Text(Table_Id::Ign_Comp1, 0, 1), "");
