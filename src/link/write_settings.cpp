@@ -166,9 +166,14 @@ void Write_Settings_Click(Settings_Context& s) {
     s.Add_Both("Write started " + Now_Time_Text());
     c.flags.Write_In_Progress = true;
     s.Command_Buttons(false);
+    // One opening serves the whole write: the verifies and the dialogue share it, so the port
+    // is neither closed nor settled again between them. A port that won't open is the
+    // verify's to report.
+    bool opened = false;
     const auto give_up = [&] {
         c.flags.Write_In_Progress = false;
         rw.Write_Verify = false;
+        if (opened) c.line.Close();
         s.Command_Buttons(true);
     };
 
@@ -179,6 +184,10 @@ void Write_Settings_Click(Settings_Context& s) {
         s.Add_Both("Write aborted " + Now_Time_Text());
         give_up();
         return;
+    }
+    try {
+        opened = Open_Port_If_Closed(c);
+    } catch (const Run_Error&) {
     }
     guard.Step([&] { Verify_Settings_Click(s); });
     if (rw.Read_Failed) {
@@ -202,7 +211,6 @@ void Write_Settings_Click(Settings_Context& s) {
     const bool compared = rw.Master_Read;
     const bool needed = rw.Master_Mismatch || rw.Slave_Mismatch || rw.Master_Error_Set || rw.Slave_Error_Set;
     bool written = true;
-    bool opened = false;
     if (compared && needed) {
         const int first = im.Write_Errors_Only ? 1011 : 0;
         const int last = im.Write_Errors_Only ? 1023 : 1010;
@@ -210,7 +218,7 @@ void Write_Settings_Click(Settings_Context& s) {
         s.Service_Events();
         Byte_Writer writer(s, Normal_Timeouts, false);
         try {
-            opened = Open_Port_If_Closed(c);
+            opened = Open_Port_If_Closed(c) || opened;
             written = Write_Loop(s, writer, first, last);
         } catch (const Run_Error& e) {
             written = false;
@@ -218,7 +226,9 @@ void Write_Settings_Click(Settings_Context& s) {
         }
         c.flags.Write_In_Progress = false;
         rw.Write_Verify = true;
-        c.Dummy_Wait();
+        // The box's "ue*" says the commit is done: the verify follows at once, with the
+        // window served but no pause of its own.
+        s.Service_Events();
         guard.Step([&] { Verify_Settings_Click(s); });
     }
     c.flags.Write_In_Progress = false;
