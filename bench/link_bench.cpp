@@ -5,7 +5,6 @@
 // simulator paces its side like a real line, and the figure that matters is the ratio of the
 // mean check to the wire time of command and answer (target: at most 1.2).
 
-#include "link/banner.h"
 #include "link/qt/qt_serial_line.h"
 #include "link/session.h"
 #include "support/boxsim_run.h"
@@ -48,7 +47,7 @@ void V_Exchange(benchmark::State& run) {
     // The banner's length, for the wire time.
     std::string answer;
     bool ok = false;
-    quorlen::Send_Wait_Rec(c, "v", 0.2, 200, answer, ok, quorlen::Banner_Complete);
+    quorlen::Ask_Banner(c, 0.2, 200, answer, ok);
     const auto characters = static_cast<double>(1 + answer.size());
     std::vector<double> each;
     const double start = quorlen::Steady_Seconds();

@@ -65,6 +65,14 @@ bool Cli_Tables::Load(const std::string& file) {
     return true;
 }
 
+std::string Cli_Tables::Comment_To_Save() const {
+    // The reader ends every comment line with CR LF and the writer adds one after the
+    // comment: without the reader's last one the comment goes back as it came.
+    std::string text = comment;
+    if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+    return text;
+}
+
 void Cli_Tables::Flush_Diagnostics() {
     if (flushed_) return;
     flushed_ = true;

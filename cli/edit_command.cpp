@@ -269,14 +269,9 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     }
     loaded.Flush_Diagnostics();
 
-    // The reader ends every comment line with CR LF and the writer adds one after the
-    // comment: without the reader's last one the comment goes back as it came.
-    std::string comment = loaded.comment;
-    if (comment.size() >= 2 && comment.compare(comment.size() - 2, 2, "\r\n") == 0)
-        comment.resize(comment.size() - 2);
     Note_Dataset(image, err);
     try {
-        Save_Settings_File(image, comment, a->out);
+        Save_Settings_File(image, loaded.Comment_To_Save(), a->out);
     } catch (const std::exception& e) {
         std::fprintf(err, "%s: %s\n", a->out.c_str(), e.what());
         return 1;

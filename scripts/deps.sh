@@ -8,6 +8,7 @@ packages=(
     qt6-declarative-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libgl-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     clang-format
+    pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -2,9 +2,11 @@
 // All program-wide state of one run, grouped by concern. The main window owns one; tests and
 // the command-line tool build their own.
 
+#include "cards/card_state.h"
 #include "core/debug_log.h"
 #include "core/ini_file.h"
 #include "core/program_state.h"
+#include "engine/settings_pages.h"
 #include "files/presets.h"
 #include "image/scaling.h"
 #include "image/settings_image.h"
@@ -34,11 +36,14 @@ struct App_Context {
     Link_Flags link;
     Link_State link_state;
     Rw_State rw;
+    Card_State card;
     Settings_Image image;
     Undo_List undo;
     Sensor_State sensors;
     Tables_State tables;
     Scroll_Limits scroll_limits;
+    Engine_Config_State engine;
+    Pages_State pages;
     Preset_Table PresetList;
     int User_Preset = 0;
     Prefs_State prefs;
@@ -49,6 +54,7 @@ struct App_Context {
 
     Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
     Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs, undo}; }
+    Pages_Context Pages() { return {image, sensors, pages, engine, undo, ini, log}; }
 };
 
 } // namespace quorlen

@@ -44,6 +44,8 @@ public:
         (void)title;
         Inform(text);
     }
+    // A warning that must not be missed: the box with the stop sign.
+    void Warn(const std::string& text) { Show_Message(Icon::Stop, text); }
     // A question with OK and Cancel buttons.
     virtual Answer Ask_Ok_Cancel(const std::string& text) = 0;
     // A question with Yes and No buttons.

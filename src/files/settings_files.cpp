@@ -29,6 +29,10 @@ void Save_Settings_File(Settings_Image& image, const std::string& comment, const
     Replace_File_Atomically(path, Format_Qxs(Image_Of(image), comment));
 }
 
+void Save_Settings_File(Settings_File_Context& ctx, const std::string& path) {
+    Save_Settings_File(ctx.image, ctx.texts.txt_File_Description, path);
+}
+
 std::string Dataset_Question(int found, int selected, const std::string& what) {
     return what + " has different dataset ID (" + std::to_string(found) +
            ") than currently selected in preferences (" + std::to_string(selected) +
@@ -129,8 +133,8 @@ void File_save_Click(Settings_File_Context& ctx) {
     Set_Title(ctx, ctx.files.CurrentFileName);
     guard.Step([&] { ctx.ini.Write_Ini("card_data_dir", ctx.files.CurrentDataDir); });
     guard.Step([&] {
-        Save_Settings_File(ctx.image, ctx.texts.txt_File_Description, Resolve_In_App_Path(ctx.program.App_Path,
-                                                  ctx.files.CurrentDataDir + ctx.files.CurrentFileName));
+        Save_Settings_File(ctx, Resolve_In_App_Path(ctx.program.App_Path,
+                                                    ctx.files.CurrentDataDir + ctx.files.CurrentFileName));
     });
 }
 
@@ -149,7 +153,7 @@ void File_save_as_Click(Settings_File_Context& ctx) {
     ctx.files.CurrentFileName = picked->file_title;
     Set_Title(ctx, ctx.files.CurrentFileName);
     guard.Step([&] { ctx.ini.Write_Ini("card_data_dir", ctx.files.CurrentDataDir); });
-    guard.Step([&] { Save_Settings_File(ctx.image, ctx.texts.txt_File_Description, picked->full_name); });
+    guard.Step([&] { Save_Settings_File(ctx, picked->full_name); });
     ctx.files.CurrentFileName = picked->file_title;
     Set_Title(ctx, ctx.files.CurrentFileName);
 }

@@ -55,8 +55,11 @@ std::string Cut_Data_Dir(const std::string& full_name, const std::string& file_t
 std::string Resolve_In_App_Path(const std::string& app_path, const std::string& name);
 
 // The one way an image is saved as a settings file: 250 and 251 become 0 and 255 the
-// selected DatasetID in the image itself, then the file replaces `path` whole.
+// selected DatasetID in the image itself, then the file replaces `path` whole. Throws when
+// the file cannot be written; the old file is then untouched.
 void Save_Settings_File(Settings_Image& image, const std::string& comment, const std::string& path);
+// The same with the context's image and comment box.
+void Save_Settings_File(Settings_File_Context& ctx, const std::string& path);
 
 void File_open_Click(Settings_File_Context& ctx);
 void File_save_Click(Settings_File_Context& ctx);

@@ -392,11 +392,12 @@ void Com_Read_Click(Settings_Context& s) {
         return;
     }
     c.flags.Link_Busy = true;
+    s.rw.Read_Complete = false;
     guard.Step([&] {
         get_connect_info(c);
         std::string banner;
         bool whole = false;
-        Send_Wait_Rec(c, "v", 0.5, 2048, banner, whole, Banner_Complete);
+        Ask_Banner(c, 0.5, 2048, banner, whole);
         Box_Image bytes{};
         if (s.rw.Slave_Checked) {
             c.texts.rs232_text = "< verifying... >";
@@ -409,6 +410,7 @@ void Com_Read_Click(Settings_Context& s) {
                     s.image.CardByte[i] = s.image.TempByte[i] = bytes[i];
                     s.image.ChangedByte[i] = 0;
                 }
+                s.rw.Read_Complete = true;
             }
         }
     });

@@ -31,18 +31,26 @@ void Ask_Box(Link_Context& c, Proc_Guard& guard) {
 
 } // namespace
 
+void Ask_Banner(Link_Context& c, double timeout, int expected, std::string& answer, bool& ok) {
+    const auto wanted = static_cast<std::size_t>(expected < 0 ? 0 : expected);
+    Send_Wait_Until(
+        c, "v", timeout,
+        [wanted](const std::string& so_far) { return so_far.size() >= wanted || Banner_Complete(so_far); },
+        answer, ok);
+}
+
 void get_connect_info(Link_Context& c) {
     Proc_Guard guard(c.log, "Get connect info");
     std::string answer;
     bool ok = false;
     // The count is an upper bound: a box's banner is usually shorter, and ends with its
     // mode line.
-    Send_Wait_Rec(c, "v", 0.2, 200, answer, ok, Banner_Complete);
+    Ask_Banner(c, 0.2, 200, answer, ok);
     if (Banner_Has_I2C_Timeout(answer)) {
         // The display bus of the box failed while it wrote; it usually recovers at once.
-        Send_Wait_Rec(c, "v", 0.1, 200, answer, ok, Banner_Complete);
+        Ask_Banner(c, 0.1, 200, answer, ok);
         if (Banner_Has_I2C_Timeout(answer)) {
-            Send_Wait_Rec(c, "v", 0.1, 200, answer, ok, Banner_Complete);
+            Ask_Banner(c, 0.1, 200, answer, ok);
             if (Banner_Has_I2C_Timeout(answer)) Append_Debug(c, "3 I2C time out in row");
         }
     }

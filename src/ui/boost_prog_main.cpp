@@ -8,12 +8,14 @@
 #include "tables/cell_entry.h"
 #include "tables/undo_list.h"
 #include "ui/autoguide_dialog.h"
+#include "ui/card_panel.h"
 #include "ui/frm_splash.h"
 #include "ui/link_panel.h"
 #include "ui/map_tabs.h"
 #include "ui/qx_3dmap.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
+#include "ui/qx_settings.h"
 #include "ui/qx_verify_frm.h"
 #include "ui/rw_panel.h"
 
@@ -143,6 +145,7 @@ void BoostProgMain::Build_Menus() {
 
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
+    action(settings, "mnu_Settings", "&Engine settings...", [this] { Show_Settings(); });
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
 
     QMenu* view = menuBar()->addMenu("&View");
@@ -283,6 +286,7 @@ void BoostProgMain::Build_Window() {
     Check_connection_timer_->setInterval(1500);
     Build_Link_Panel();
     Build_Rw_Panel();
+    Build_Card_Panel();
 
     connect(sstab_Main_, &QTabWidget::currentChanged, this, &BoostProgMain::Show_Right_Tabs);
     resize(1100, 760);
@@ -431,8 +435,18 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             form = new QX_3Dmap(app_, dialogs, this);
         else
             form = new QX_Verify_frm(app_, dialogs, this);
+    } else if (name == "QX_settings") {
+        QX_settings_Hooks hooks;
+        hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+        hooks.Update_All = [this] { Update_All(); };
+        hooks.Update_Tabs = [this] { Update_Tabs(); };
+        hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
+        hooks.Clear_Err_Counters = [this] { Clear_Err_Counters_cmd_Click(); };
+        form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "frm_TodosII") {
+        form = Make_Todos_Form();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
             app_, this, [] {},
@@ -488,6 +502,8 @@ void BoostProgMain::Form_Unload() {
     Check_connection_timer_->stop();
     for (const char* name : Unload_Order)
         Unload(name);
+    // The card goes back to the reader reset, its PIN no longer presented.
+    Release_Card_Reader();
     app_.log.Close();
 }
 
@@ -623,6 +639,10 @@ void BoostProgMain::Show_Prefs() {
     QWidget* form = Form("QX_prefs");
     form->show();
     form->raise();
+}
+
+void BoostProgMain::Show_Settings(int index) {
+    static_cast<QX_settings*>(Form("QX_settings"))->Show_Tab(index);
 }
 
 void BoostProgMain::Help_Quorlen_Click() {

@@ -3,7 +3,6 @@
 // hang-up, and ports that can't be opened.
 
 #include "core/run_error.h"
-#include "link/banner.h"
 #include "link/qt/qt_serial_line.h"
 #include "link/session.h"
 #include "support/boxsim_run.h"
@@ -134,7 +133,7 @@ TEST_F(Session, ExchangeEndsWithTheCountOrTheWholeBannerOnARealLine) {
     line.Close();
     Open_Port_If_Closed(c);
     const double t0 = Steady_Seconds();
-    Send_Wait_Rec(c, "v", 30.0, 200, answer, ok, Banner_Complete);
+    Ask_Banner(c, 30.0, 200, answer, ok);
     EXPECT_LT(Steady_Seconds() - t0, 1.0);
     EXPECT_TRUE(ok);
     EXPECT_LT(answer.size(), 200u);

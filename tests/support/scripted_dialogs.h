@@ -19,12 +19,14 @@ public:
 
     std::vector<std::string> informed_titles; // of Inform_Titled, in order
     std::vector<Icon> icons;                  // of every message, in order (None when plain)
+    std::vector<std::string> warned;          // of the messages with the stop sign
     void Inform(const std::string& text) override {
         icons.push_back(Icon::None);
         informed.push_back(text);
     }
     void Show_Message(Icon icon, const std::string& text) override {
         icons.push_back(icon);
+        if (icon == Icon::Stop) warned.push_back(text);
         informed.push_back(text);
     }
     void Inform_Titled(const std::string& title, const std::string& text) override {
