@@ -75,11 +75,11 @@ void V_Exchange(benchmark::State& run) {
         const double wire = characters * 10.0 / wire_baud;
         run.counters["wire_ms"] = wire * 1000.0;
         run.counters["ratio_to_wire"] = mean / wire;
-        std::snprintf(line_text, sizeof line_text,
-                      "%d baud: %.3f ms per check (median %.3f), %.0f characters, wire time %.3f ms, ratio %.3f "
-                      "(median %.3f; target <= 1.2)",
-                      wire_baud, mean * 1000.0, median * 1000.0, characters, wire * 1000.0, mean / wire,
-                      median / wire);
+        std::snprintf(
+            line_text, sizeof line_text,
+            "%d baud: %.3f ms per check (median %.3f), %.0f characters, wire time %.3f ms, ratio %.3f "
+            "(median %.3f; target <= 1.2)",
+            wire_baud, mean * 1000.0, median * 1000.0, characters, wire * 1000.0, mean / wire, median / wire);
     } else {
         std::snprintf(line_text, sizeof line_text, "unpaced: %.3f ms per check", mean * 1000.0);
     }

@@ -172,8 +172,9 @@ void Settings_Job(benchmark::State& run, Job job, const char* title, double targ
     summary.emplace_back(line);
     // Where the time beyond the wire goes: waiting for the box's answers (the wire and the
     // latency of both ends), pauses, and the program's own work between exchanges.
-    std::snprintf(line, sizeof line, "%-28s   waiting for the box %.1f ms, pauses %.1f ms, the program %.1f ms", "",
-                  waiting * 1000.0 / round, pauses * 1000.0 / round, (elapsed - waiting - pauses) * 1000.0 / round);
+    std::snprintf(
+        line, sizeof line, "%-28s   waiting for the box %.1f ms, pauses %.1f ms, the program %.1f ms", "",
+        waiting * 1000.0 / round, pauses * 1000.0 / round, (elapsed - waiting - pauses) * 1000.0 / round);
     summary.emplace_back(line);
 }
 

@@ -236,10 +236,10 @@ void Write_Settings_Click(Settings_Context& s) {
     // write finished for the master alone. Clearing the counters compares no settings: the
     // write going through is the proof, and a box that counts again at once has still been
     // cleared.
-    const bool proved = im.Write_Errors_Only
-                            ? compared
-                            : compared && (!needed || (rw.Master_Read && !rw.Master_Mismatch)) &&
-                                  !rw.Slave_Mismatch;
+    const bool proved =
+        im.Write_Errors_Only
+            ? compared
+            : compared && (!needed || (rw.Master_Read && !rw.Master_Mismatch)) && !rw.Slave_Mismatch;
     const bool slave_unknown = c.state.Slave_Present && !rw.Read_Complete && !im.Write_Errors_Only;
     rw.Write_Verify = false;
 

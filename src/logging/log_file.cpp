@@ -186,8 +186,9 @@ void QX_Log_Data_Read(Log_Context& ctx) {
         if (row_cr == std::string::npos) return;
         row_length = row_cr - dollar;
         if (row_length != header_length)
-            ctx.dialogs.Show_Message(Icon::Information, "Length of log header (" + std::to_string(header_length) +
-                               "), does not match log data (" + std::to_string(row_length) + ")");
+            ctx.dialogs.Show_Message(Icon::Information,
+                                     "Length of log header (" + std::to_string(header_length) +
+                                         "), does not match log data (" + std::to_string(row_length) + ")");
         log.Log_Row_Columns = static_cast<std::int16_t>(Count_Char(text, ' ', dollar, row_cr));
         has_rows = true;
     });

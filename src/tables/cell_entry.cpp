@@ -483,8 +483,8 @@ Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Sele
     return out;
 }
 
-bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, int code, std::string& clipboard,
-                         const Edit_Hooks& hooks) {
+bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, int code,
+                         std::string& clipboard, const Edit_Hooks& hooks) {
     if (code != Ctrl_C && code != Ctrl_V) return false;
     auto table = One_D(id);
     if (!table) return false;

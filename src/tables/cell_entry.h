@@ -132,8 +132,8 @@ Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Sele
 // one number a line into the selected points (a single selected point takes the clipboard's
 // lines from there on), each brought into the table's limits as a typed number is. `sel`
 // comes back as the points that took a line. Returns true for the two codes.
-bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, int code, std::string& clipboard,
-                         const Edit_Hooks& hooks);
+bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, int code,
+                         std::string& clipboard, const Edit_Hooks& hooks);
 
 // Copying from any grid: the texts of the selected cells, headers included when selected.
 std::string Grid_Selection_Text(const Tables_Context& ctx, Table_Id id, const Grid_Selection& sel);

@@ -540,8 +540,8 @@ Scroll_Shown Main_Scroll_Text(const Tables_Context& ctx, int index) {
     return {Sensor_Text(ctx, s, value), Sensor_Unit(ctx, s)};
 }
 
-Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value, const std::function<void()>& update,
-                                bool new_step) {
+Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value,
+                                const std::function<void()>& update, bool new_step) {
     auto a = At(index);
     std::uint8_t byte = byte_chk(value);
     if (ctx.image.CardByte[a] != byte) {

@@ -169,7 +169,7 @@ Scroll_Shown Main_Scroll_Text(const Tables_Context& ctx, int index);
 // The user moved the main form's slider `index` to `value`: a byte that differs is written
 // and marked changed, and `update` runs so the dependent texts follow. A drag of the slider
 // is one step for undo: only its first change passes `new_step`.
-Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value, const std::function<void()>& update,
-                                bool new_step = true);
+Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value,
+                                const std::function<void()>& update, bool new_step = true);
 
 } // namespace quorlen

@@ -579,9 +579,8 @@ Settings_File_Context BoostProgMain::File_Context() {
     hooks.Update_Tabs = [this] { Update_Tabs(); };
     hooks.AN_Combo_Click = [this] { Analog_Follows_Image(); };
     hooks.Open_Log_File = [this](const std::string& name) { Open_Log_File(name); };
-    return Settings_File_Context{app_.program, app_.texts,       app_.files,
-                                 app_.image,   app_.undo,        app_.ini,
-                                 app_.log,     *active_dialogs_, std::move(hooks)};
+    return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,      app_.undo,
+                                 app_.ini,     app_.log,   *active_dialogs_, std::move(hooks)};
 }
 
 void BoostProgMain::File_open_Click() {

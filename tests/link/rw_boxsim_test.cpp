@@ -206,9 +206,11 @@ TEST_F(Settings_Link, ClearedCountersAreToldByTheWriteNotByTheVerifyAfterIt) {
     ASSERT_TRUE(Start(Plain_Image(), {"--errors", "1011=5", "--fault", "drop@3000"}));
     p->Take(Plain_Image());
     p->Run(Clear_Err_Counters_cmd_Click);
-    EXPECT_EQ(p->dialogs.informed, std::vector<std::string>{"All error codes are cleared"}) << p->texts.Debug_txt;
+    EXPECT_EQ(p->dialogs.informed, std::vector<std::string>{"All error codes are cleared"})
+        << p->texts.Debug_txt;
     EXPECT_EQ(p->texts.rs232_text, "Write finished, M");
-    EXPECT_NE(p->texts.Debug_txt.find("UE1 OK \r\nWrite verify started"), std::string::npos) << p->texts.Debug_txt;
+    EXPECT_NE(p->texts.Debug_txt.find("UE1 OK \r\nWrite verify started"), std::string::npos)
+        << p->texts.Debug_txt;
     EXPECT_NE(p->texts.Debug_txt.find("No complete answer from the box "), std::string::npos);
     EXPECT_EQ(Kept()[1011], 0);
 }

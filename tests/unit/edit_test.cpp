@@ -533,8 +533,9 @@ TEST(Edit_Command, SavesByTheProgramsRulesAndStepsBackAndForth) {
     const std::string ini = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3.ini";
     const int fuel_1_1 = 256 + 19 + 18 + 2;
 
-    test::Cli_Result r = test::Run_Cli({"edit", in, "-o", dir.File("out.qxs"), "--ini", ini, "--op", "fuel", "1,1",
-                                        "plus", "--op", "pwm1", "2", "set=37", "--undo", "--undo", "--redo"});
+    test::Cli_Result r =
+        test::Run_Cli({"edit", in, "-o", dir.File("out.qxs"), "--ini", ini, "--op", "fuel", "1,1", "plus",
+                       "--op", "pwm1", "2", "set=37", "--undo", "--undo", "--redo"});
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_NE(r.out.find("undo: 1 bytes changed\n"), std::string::npos) << r.out;
     EXPECT_NE(r.err.find("dataset ID 68 is saved as 200"), std::string::npos) << r.err;

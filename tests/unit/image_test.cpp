@@ -160,9 +160,9 @@ TEST(Undo, StepsBackAndForthOverTheWholeImageAndMarksWhatItChanges) {
     EXPECT_EQ(updates, 0);
 
     const auto loaded = image.CardByte;
-    Edit(undo, image, 7, 1);     // a page
-    Edit(undo, image, 400, 90);  // a main map
-    Edit(undo, image, 1000, 5);  // the top of the image
+    Edit(undo, image, 7, 1);    // a page
+    Edit(undo, image, 400, 90); // a main map
+    Edit(undo, image, 1000, 5); // the top of the image
     const auto edited = image.CardByte;
 
     edit_undo_Click(undo, image, update);

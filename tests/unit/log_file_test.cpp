@@ -313,8 +313,9 @@ TEST_F(LogExport, TakesTheImageOnlyFromAWholeDatasetSection) {
     const std::size_t boxes = dialogs.informed.size();
     EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, bad));
     EXPECT_EQ(dialogs.informed.size(), boxes);
-    EXPECT_NE(Debug_Text().find("Error. Can not read out the settings from the log file\r\n", debug_text.size()),
-              std::string::npos);
+    EXPECT_NE(
+        Debug_Text().find("Error. Can not read out the settings from the log file\r\n", debug_text.size()),
+        std::string::npos);
     EXPECT_EQ(image.CardByte[3], 7);
 }
 
