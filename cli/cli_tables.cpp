@@ -1,9 +1,13 @@
 #include "cli/cli_tables.h"
 
+#include "cli/cli_support.h"
+
 #include "core/app_path.h"
+#include "core/atomic_file.h"
 #include "files/settings_files.h"
 
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <unistd.h>
 
@@ -56,12 +60,27 @@ bool Cli_Tables::Load(const std::string& file) {
     }
     std::copy(content->bytes.begin(), content->bytes.end(), app.image.CardByte.begin());
     comment = content->comment;
+    Take_Image();
+    return true;
+}
+
+void Cli_Tables::Take_Image() {
     Analog_Context analog = app.Analog();
     Init_Analog_from_CardByte(analog);
     Tables_Context ctx = Context();
     Update_Tabs(ctx);
     Show_Right_Tabs(ctx);
     Update_All(ctx);
+}
+
+bool Cli_Tables::Save(const std::string& out) {
+    Note_Dataset(app.image, err_);
+    try {
+        Save_Settings_File(app.image, Comment_To_Save(), out);
+    } catch (const std::exception& e) {
+        std::fprintf(err_, "%s: %s\n", out.c_str(), e.what());
+        return false;
+    }
     return true;
 }
 

@@ -4,7 +4,6 @@
 #include "cli/cli_tables.h"
 
 #include "core/text.h"
-#include "files/settings_files.h"
 #include "tables/cell_entry.h"
 #include "tables/selection_ops.h"
 
@@ -269,14 +268,7 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     }
     loaded.Flush_Diagnostics();
 
-    Note_Dataset(image, err);
-    try {
-        Save_Settings_File(image, loaded.Comment_To_Save(), a->out);
-    } catch (const std::exception& e) {
-        std::fprintf(err, "%s: %s\n", a->out.c_str(), e.what());
-        return 1;
-    }
-    return 0;
+    return loaded.Save(a->out) ? 0 : 1;
 }
 
 } // namespace quorlen::cli

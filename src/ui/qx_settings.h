@@ -35,6 +35,9 @@ class QVBoxLayout;
 
 namespace quorlen::ui {
 
+class Engine_Config_Box;
+class Model_Preset_Box;
+
 struct QX_settings_Hooks {
     std::function<User_Dialogs&()> Dialogs;
     // The main window's refreshes: every change of the image runs Update_All.
@@ -159,6 +162,8 @@ private:
     QLabel* Fuel_teeth_recomend_ = nullptr;
     QLabel* Forbidden_tooth_label_ = nullptr;
     QLabel* Analog_Input_Sensors_ = nullptr;
+    Engine_Config_Box* Engine_Config_frame_ = nullptr;
+    Model_Preset_Box* Model_preset_frame_ = nullptr;
     Settings_View view_;
     QString filter_;
     bool showing_ = false; // the program is setting the controls: their signals do nothing
