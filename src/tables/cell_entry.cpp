@@ -219,12 +219,12 @@ std::string Number_As_Text(double value) {
     return text;
 }
 
-// The fine piece reaches down to 1 ms (its byte 0); a time between 0.53 ms and there takes
-// the smallest open time, byte 1, rather than shutting the injector. Typing "1" on the way
-// to "1,5" therefore passes through byte 0, as tuners know it.
+// Any time a tuner types above 0.53 ms opens the injector: up to the fine piece's first
+// step (1.06 ms, byte 1) it takes that smallest open time. Only 0, and times too short to
+// mean anything, shut it.
 std::uint8_t Fuel_ms_to_byte(double v) {
     if (v == 0) return 0;
-    if (v > 0.53 && v < 1) return 1;
+    if (v > 0.53 && v < 1.06) return 1;
     if (v < 2.5) return byte_chk(val_chk((v - 1) / 0.06));
     return byte_chk(val_chk(v / 0.1));
 }

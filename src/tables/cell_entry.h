@@ -48,8 +48,8 @@ double Text_To_Double(std::string_view text);
 std::string Number_As_Text(double value);
 
 // Milliseconds to a main-map fuel byte: the reverse of the two-piece coding. 0 is 0; above
-// 0.53 and below 1 it is 1; below 2.5 from the fine piece, (v - 1) / 0.06, which is 0 for
-// 0 < v <= 0.53 and for 1 ms itself; from 2.5 on, v / 0.1.
+// 0.53 and below 1.06 it is 1; below 2.5 from the fine piece, (v - 1) / 0.06, which is 0 for
+// 0 < v <= 0.53; from 2.5 on, v / 0.1.
 std::uint8_t Fuel_ms_to_byte(double v);
 // Degrees to an ignition byte: v / 0.2.
 std::uint8_t Ign_deg_to_byte(double v);

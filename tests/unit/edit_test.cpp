@@ -56,7 +56,7 @@ TEST_F(Edit, TypingIntoTheFuelMapFollowsEveryKeyAndCutsAtTheLimit) {
     EXPECT_TRUE(Type_Fuel(sel, '1').shows_key_text);
     EXPECT_EQ(tables.edit.KeyText, "1");
     for (int a : cells)
-        EXPECT_EQ(Byte(a), 0); // 1 ms is byte_chk(0)
+        EXPECT_EQ(Byte(a), 1); // on the way to 1,5 the injector stays open
     Type_Fuel(sel, Key::Comma);
     EXPECT_EQ(tables.edit.KeyText, "1,");
     Type_Fuel(sel, Key::Pad_0 + 5);
@@ -116,8 +116,10 @@ TEST(Cell_Entry, KeyEditAndTheNumberRules) {
     EXPECT_EQ(Fuel_ms_to_byte(0.53), 0);
     EXPECT_EQ(Fuel_ms_to_byte(0.54), 1);
     EXPECT_EQ(Fuel_ms_to_byte(0.7), 1);
-    EXPECT_EQ(Fuel_ms_to_byte(1), 0);
-    EXPECT_EQ(Fuel_ms_to_byte(1.06), 1);
+    // No typed time above 0.53 ms shuts the injector.
+    for (double v : {1.0, 1.03, 1.059, 1.06})
+        EXPECT_EQ(Fuel_ms_to_byte(v), 1) << v;
+    EXPECT_EQ(Fuel_ms_to_byte(1.12), 2);
     EXPECT_EQ(Fuel_ms_to_byte(1.48), 8); // the shown text of byte 8 gives byte 8
     EXPECT_EQ(Fuel_ms_to_byte(2.49), 24);
     EXPECT_EQ(Fuel_ms_to_byte(2.5), 25);
