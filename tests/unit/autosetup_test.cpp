@@ -2,6 +2,9 @@
 
 #include "autosetup/auto_setup.h"
 #include "autosetup/generator_math.h"
+#include "core/atomic_file.h"
+#include "files/settings_files.h"
+#include "support/cli_run.h"
 #include "support/fresh_tables.h"
 #include "support/temp_dir.h"
 
@@ -432,6 +435,63 @@ TEST(Auto_Setup_Inputs, BoxesAreSetByTheirControlNames) {
     EXPECT_EQ(form.fuel.in.Volume_Efficiency_txt[4], "70");
     EXPECT_EQ(form.fuel.in.FuelType_option, E85);
     EXPECT_EQ(form.ignition.in.Ign_retard_txt, "7");
+}
+
+class Generate_Command : public ::testing::Test {
+protected:
+    const std::string data = QUORLEN_DATA_DIR;
+    const std::string ini = data + "/RZ400_800M3.ini";
+    const std::string qxs = data + "/RZ400_800M3_Default_Settings.qxs";
+    test::Temp_Dir dir;
+    const std::string out = dir.File("out.qxs");
+};
+
+TEST_F(Generate_Command, PrintsTheLabelsAsTheFormShowsThemAndSaves) {
+    auto r =
+        test::Run_Cli({"generate", qxs, "-o", out, "--ini", ini, "--fuel", "NumberOfInjectors_txt=6",
+                       "lambda_txt=0,8", "--ignition", "Ign_advance_txt=12", "--fuel", "MaxRPM_txt(4)=7500"});
+    ASSERT_EQ(r.code, 0) << r.err;
+    // 6 x 300 cc/min at lambda 0.8 feed 288 hp at full duty, less the offset's share.
+    EXPECT_NE(r.out.find("Air power: 180hp\nThe fuel is enough for: 269hp\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("Semi sequential fuel\n"), std::string::npos);
+    EXPECT_NE(r.out.find("Ignition advance at vaccum\t12\n"), std::string::npos);
+    EXPECT_NE(r.out.find("The fuel map is generated: "), std::string::npos);
+    EXPECT_NE(r.out.find("The ignition map is generated: "), std::string::npos);
+    auto saved = Load_Qxs_File(out);
+    auto original = Load_Qxs_File(qxs);
+    ASSERT_TRUE(saved && original);
+    EXPECT_EQ(saved->comment, original->comment);
+    for (std::size_t a = 0; a < 256; ++a)
+        EXPECT_EQ(saved->bytes[a], original->bytes[a]) << a; // the maps change, nothing else
+}
+
+TEST_F(Generate_Command, OnlyOneMapAndTheKeys) {
+    auto r = test::Run_Cli({"generate", qxs, "-o", out, "--ini", ini, "--only", "ignition"});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out.find("The fuel map"), std::string::npos);
+    auto diff = test::Run_Cli({"qxs-diff", qxs, out});
+    EXPECT_EQ(diff.out.find("\n3"), std::string::npos); // nothing below the ignition block at 653
+    EXPECT_EQ(diff.out.rfind("6", 0), 0u) << diff.out;
+
+    r = test::Run_Cli({"generate", "--keys"});
+    EXPECT_NE(r.out.find("--fuel MaxRPM_txt(3)\t6500\tRPM maxP\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("--ignition Ign_retard_txt\t10\tIgnition retard per 1 bar (15psi) boost\n"),
+              std::string::npos);
+}
+
+TEST_F(Generate_Command, MistakesSaveNothing) {
+    EXPECT_EQ(test::Run_Cli({"generate", qxs, "-o", out, "--fuel", "Injectors=6"}).code, 2);
+    EXPECT_EQ(test::Run_Cli({"generate", qxs, "-o", out, "--fuel", "FuelType_option=Diesel"}).code, 2);
+    EXPECT_EQ(test::Run_Cli({"generate", qxs, "-o", out, "--only", "boost"}).code, 2);
+    EXPECT_EQ(test::Run_Cli({"generate", qxs}).code, 2);
+    auto r = test::Run_Cli({"generate", qxs, "-o", out, "--ini", ini, "--fuel", "idle_MAP_txt=1.0"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_NE(r.err.find(
+                  "The fuel map was not generated: Division by zero - the lowest MAP equals the maximal MAP"),
+              std::string::npos)
+        << r.err;
+    EXPECT_FALSE(File_Exists(out));
+    EXPECT_EQ(test::Run_Cli({"generate", dir.File("none.qxs"), "-o", out}).code, 1);
 }
 
 } // namespace
