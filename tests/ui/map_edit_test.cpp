@@ -130,7 +130,7 @@ TEST_F(MapEdit, TypingShowsTheTextInEverySelectedCellAndSetsTheBytes) {
     QTableView* grid = Grid("Fuel_3D_Grid");
     QTest::keyClick(grid, Qt::Key_1);
     EXPECT_EQ(Cell("Fuel_3D_Grid", 3, 4), "1");
-    EXPECT_EQ(Fuel(2, 2), 0);
+    EXPECT_EQ(Fuel(2, 2), 1); // the injector stays open on the way to 1,5
     QTest::keyClick(grid, Qt::Key_Comma);
     EXPECT_EQ(Cell("Fuel_3D_Grid", 2, 3), "1,");
     QTest::keyClick(grid, Qt::Key_5);
