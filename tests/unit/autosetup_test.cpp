@@ -8,7 +8,12 @@
 #include "support/fresh_tables.h"
 #include "support/temp_dir.h"
 
+#include "core/text.h"
+#include "tables/cell_entry.h"
+
 #include <gtest/gtest.h>
+
+#include <cstdlib>
 
 namespace quorlen {
 namespace {
@@ -492,6 +497,57 @@ TEST_F(Generate_Command, MistakesSaveNothing) {
         << r.err;
     EXPECT_FALSE(File_Exists(out));
     EXPECT_EQ(test::Run_Cli({"generate", dir.File("none.qxs"), "-o", out}).code, 1);
+}
+
+// The shipped base maps, as the build made them beside the program.
+class Base_Maps : public ::testing::Test {
+protected:
+    const std::string bin = QUORLEN_BIN_DIR;
+    const std::string ini = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3.ini";
+    static constexpr const char* Files[] = {"1.6L_4cyl_NA.qxs", "2.0L_4cyl_Turbo.qxs", "3.0L_6cyl_NA.qxs",
+                                            "5.0L_V8_NA.qxs"};
+};
+
+TEST_F(Base_Maps, LoadWithoutRepairAndGiveMoreFuelWithMoreLoad) {
+    for (const char* name : Files) {
+        SCOPED_TRACE(name);
+        const std::string file = bin + "/Basemaps/" + name;
+        auto r = test::Run_Cli({"show", file, "--table", "fuel", "--ini", ini});
+        ASSERT_EQ(r.code, 0) << r.err;
+        EXPECT_EQ(r.err, ""); // no axis was mended, nothing was said
+        // Rows by load, columns by speed: every column rises (or stays) from row to row.
+        std::vector<std::vector<double>> rows;
+        for (const std::string& line : Split_Lines(r.out)) {
+            std::vector<double> cells;
+            std::size_t from = line.find('\t');
+            if (line.rfind("RPM", 0) == 0) continue;
+            while (from != std::string::npos) {
+                cells.push_back(Text_To_Double(std::string_view(line).substr(from + 1)));
+                from = line.find('\t', from + 1);
+            }
+            rows.push_back(cells);
+        }
+        ASSERT_GE(rows.size(), 11u);
+        for (std::size_t i = 1; i < rows.size(); ++i)
+            for (std::size_t c = 0; c < rows[i].size(); ++c)
+                EXPECT_GE(rows[i][c], rows[i - 1][c]) << "row " << i + 1 << " column " << c + 1;
+        EXPECT_GT(rows.back().front(), 3.0); // full load gets real fuel
+
+        auto ignition = test::Run_Cli({"show", file, "--table", "ignition", "--ini", ini});
+        EXPECT_EQ(ignition.code, 0);
+        EXPECT_EQ(ignition.err, "");
+        auto content = Load_Qxs_File(file);
+        ASSERT_TRUE(content);
+        EXPECT_EQ(content->comment.rfind("Quorlen base map: ", 0), 0u) << content->comment;
+    }
+}
+
+TEST_F(Base_Maps, TheToolMakesTheSameFilesAgain) {
+    test::Temp_Dir dir;
+    const std::string command = bin + "/make_basemaps --data " + QUORLEN_DATA_DIR + " --out " + dir.Slash();
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    for (const char* name : Files)
+        EXPECT_EQ(test::Read_File(dir.File(name)), test::Read_File(bin + "/Basemaps/" + name)) << name;
 }
 
 } // namespace
