@@ -3,9 +3,7 @@
 #include "cli/cli_tables.h"
 
 #include "app/tune_tools.h"
-#include "files/settings_files.h"
 
-#include <exception>
 #include <optional>
 
 namespace quorlen::cli {
@@ -157,17 +155,7 @@ int Generate_Command(const std::vector<std::string>& args, std::FILE* out, std::
     }
     loaded.Flush_Diagnostics();
     if (failed) return 1;
-
-    app.texts.txt_File_Description = loaded.Comment_To_Save();
-    Settings_File_Context files{app.program, app.texts, app.files,      app.image,
-                                app.ini,     app.log,   loaded.dialogs, {}};
-    try {
-        Save_Settings_File(files, a->out);
-    } catch (const std::exception& e) {
-        std::fprintf(err, "%s: %s\n", a->out.c_str(), e.what());
-        return 1;
-    }
-    return 0;
+    return loaded.Save(a->out) ? 0 : 1;
 }
 
 } // namespace quorlen::cli

@@ -15,7 +15,7 @@ namespace quorlen::cli {
     "                     (NumberOfInjectors_txt, MaxRPM_txt(3), FuelType_option=E85,\n"                     \
     "                     Ign_advance_txt...); the others keep the form's defaults. Prints the\n"            \
     "                     capacity labels and the ignition captions as the form shows them and\n"            \
-    "                     how many cells each map changed, and saves to OUT as File, Save does.\n"           \
+    "                     how many cells each map changed, and saves the result to OUT.\n"                   \
     "                     Exit 0 when OUT is written; 1 when FILE is not a settings file, OUT\n"             \
     "                     can't be written or a generator fails (the reason is printed and\n"                \
     "                     nothing is saved); 2 for a KEY the frames do not have.\n"                          \
