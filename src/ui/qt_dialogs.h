@@ -7,6 +7,7 @@
 
 #include <QString>
 
+class QSettings;
 class QWidget;
 
 namespace quorlen::ui {
@@ -18,6 +19,8 @@ public:
     // When set, no dialog is shown: questions answer OK/Yes, pickers cancel.
     void Set_Unattended(bool unattended) { unattended_ = unattended; }
     bool Unattended() const { return unattended_; }
+    // Where the file dialogs keep the last folder of each kind of file, from run to run.
+    void Remember_Folders_In(QSettings* memory) { memory_ = memory; }
 
     void Inform(const std::string& text) override;
     void Show_Message(Icon icon, const std::string& text) override;
@@ -28,9 +31,13 @@ public:
     std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup& setup) override;
 
 private:
+    QString Start_Folder(const File_Dialog_Setup& setup) const;
+    void Remember_Folder(const File_Dialog_Setup& setup, const QString& picked);
+
     QWidget* parent_;
     QString title_;
     bool unattended_ = false;
+    QSettings* memory_ = nullptr;
 };
 
 // "Box setting file *.qxs|*.qxs" as a Qt name filter list.
