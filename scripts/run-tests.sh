@@ -1,6 +1,10 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds (incrementally on a second run) and runs every test.
 #   PRESET=asan scripts/run-tests.sh    the same under AddressSanitizer and UBSan
+#
+# The window tests run on a virtual X server (Xvfb) through Qt's xcb platform, with Mesa's
+# software OpenGL, so the 3D views are drawn and tested too. Without xvfb-run (a developer's
+# machine without X) they run offscreen and the OpenGL views are left out.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${PRESET:-release}
@@ -9,4 +13,8 @@ scripts/deps.sh
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"
 export QT_QPA_PLATFORM=offscreen
+if command -v xvfb-run >/dev/null; then
+    export QUORLEN_TEST_PLATFORM=xcb LIBGL_ALWAYS_SOFTWARE=1
+    exec xvfb-run -a -s "-screen 0 1920x1200x24" ctest --preset "$preset" -j "$(nproc)"
+fi
 ctest --preset "$preset" -j "$(nproc)"

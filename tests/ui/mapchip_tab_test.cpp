@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QGroupBox>
+#include <QImage>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
@@ -80,11 +81,13 @@ TEST_F(Mapchip_Tab, WithoutTheCardServiceTheTextsSaySoAndTheProgramGoesOn) {
     EXPECT_TRUE(window->Ready());
 }
 
-// Pictures for the documentation: QUORLEN_SCREENSHOTS=DIR, best run inside
-// scripts/virtual-card.sh so that a reader and a card are there.
+// The pictures the documentation shows of the card pages: they must hold the page, not an
+// empty frame. QUORLEN_SCREENSHOTS=DIR keeps them (best inside scripts/virtual-card.sh, so
+// that a reader and a card are there); otherwise they go to a folder of the test's own.
 TEST_F(Mapchip_Tab, Screenshots) {
-    const char* out = std::getenv("QUORLEN_SCREENSHOTS");
-    if (out == nullptr) GTEST_SKIP() << "set QUORLEN_SCREENSHOTS to a folder";
+    test::Temp_Dir shots;
+    const char* wanted = std::getenv("QUORLEN_SCREENSHOTS");
+    const QString out = wanted != nullptr ? QString(wanted) : QString::fromStdString(shots.Path().string());
     auto window = Start();
     window->resize(1100, 760);
     window->show();
@@ -93,11 +96,22 @@ TEST_F(Mapchip_Tab, Screenshots) {
     Click(window.get(), "cmd_FindTodos");
     Click(window.get(), "cmdReadTodos");
     QTest::qWait(100);
-    window->grab().save(QString(out) + "/mapchip_tab.png");
+    ASSERT_TRUE(window->grab().save(out + "/mapchip_tab.png"));
     QWidget* form = window->Form("frm_TodosII");
     form->show();
     QTest::qWait(100);
-    form->grab().save(QString(out) + "/frm_todos_ii.png");
+    ASSERT_TRUE(form->grab().save(out + "/frm_todos_ii.png"));
+    for (const char* name : {"/mapchip_tab.png", "/frm_todos_ii.png"}) {
+        QImage shot(out + name);
+        ASSERT_FALSE(shot.isNull()) << name;
+        // A page drawn has more than its background colour.
+        const QRgb first = shot.pixel(shot.width() / 2, shot.height() / 2);
+        bool varied = false;
+        for (int y = 0; y < shot.height() && !varied; y += 7)
+            for (int x = 0; x < shot.width() && !varied; x += 7)
+                varied = shot.pixel(x, y) != first;
+        EXPECT_TRUE(varied) << name;
+    }
 }
 
 } // namespace
