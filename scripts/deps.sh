@@ -11,6 +11,8 @@ packages=(
     pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
     unrtf
     fonts-dejavu-core
+    xvfb xauth libgl1-mesa-dri
+    librsvg2-bin dpkg-dev file lintian appstream
 )
 missing=()
 for p in "${packages[@]}"; do

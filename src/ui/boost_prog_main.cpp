@@ -567,33 +567,33 @@ void BoostProgMain::Form_Unload() {
 
 namespace {
 
-// The ini keeps the window's outer corner (where the window manager places its frame) and its
-// inner size, the two things Qt sets without knowing the frame: saved and restored this way the
-// window stands where it was left, start after start, whatever the frame's size.
+// The ini keeps the window's inner place and size, and the window is put back by exactly
+// those: the frame is the window manager's, unknown before the window is shown, and a place
+// that counted it would move the window by the frame's size at every start.
 void Apply_Window_Size(QWidget* window, const std::string& saved_value) {
     auto saved = Parse_Window_Size(saved_value);
     if (!saved || window == nullptr) return;
-    if (saved->width > 0 && saved->height > 0)
-        window->resize(saved->width / Twips_Per_Pixel, saved->height / Twips_Per_Pixel);
     QPoint corner(saved->left / Twips_Per_Pixel, saved->top / Twips_Per_Pixel);
     // A window saved on a screen that is gone (the laptop left its desk) comes up on this one.
     if (QGuiApplication::screenAt(corner + QPoint(20, 20)) == nullptr) {
         if (const QScreen* screen = QGuiApplication::primaryScreen())
-            corner = screen->availableGeometry().topLeft();
+            corner = screen->availableGeometry().topLeft() + QPoint(40, 40);
     }
-    window->move(corner);
+    QSize size = window->size();
+    if (saved->width > 0 && saved->height > 0)
+        size = QSize(saved->width / Twips_Per_Pixel, saved->height / Twips_Per_Pixel);
+    window->setGeometry(QRect(corner, size));
     if (saved->state == 2) window->setWindowState(window->windowState() | Qt::WindowMaximized);
 }
 
 Window_Size Current_Window_Size(const QWidget& window) {
     Window_Size current;
     current.state = window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0;
-    const QPoint corner = window.pos();
-    const QSize size = window.size();
-    current.width = size.width() * Twips_Per_Pixel;
-    current.height = size.height() * Twips_Per_Pixel;
-    current.left = corner.x() * Twips_Per_Pixel;
-    current.top = corner.y() * Twips_Per_Pixel;
+    const QRect g = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
+    current.width = g.width() * Twips_Per_Pixel;
+    current.height = g.height() * Twips_Per_Pixel;
+    current.left = g.x() * Twips_Per_Pixel;
+    current.top = g.y() * Twips_Per_Pixel;
     return current;
 }
 

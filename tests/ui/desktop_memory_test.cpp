@@ -95,10 +95,10 @@ TEST_F(Desktop_Memory, TheMainWindowComesBackWhereItWasLeft) {
             window->resize(900, 640);
             window->move(131, 77);
             QTest::qWait(50);
-            left_at = window->pos();
+            left_at = window->geometry().topLeft();
             size = window->size();
         } else {
-            EXPECT_EQ(window->pos(), left_at) << "start " << run;
+            EXPECT_EQ(window->geometry().topLeft(), left_at) << "start " << run;
             EXPECT_EQ(window->size(), size) << "start " << run;
         }
         window->close();
