@@ -89,11 +89,6 @@ void Port_Names::Set_Stable_Path(int number, const std::string& link) {
         stable_[number] = link;
 }
 
-std::string Port_Names::Stable_Path(int number) const {
-    auto it = stable_.find(number);
-    return it == stable_.end() ? "" : it->second;
-}
-
 std::string Port_Names::Path_Of(int number) const {
     if (number >= First_Path_Number) {
         const auto index = static_cast<std::size_t>(number - First_Path_Number);

@@ -28,7 +28,7 @@ std::string Fixed_Port_Path(int number);
 // absolute path; "" when `path` is no link.
 std::string Link_Target(const std::string& path);
 
-// The links of `folder` (the kernel's /dev/serial/by-id), by the device each points to. A USB
+// The links of `folder` (udev's /dev/serial/by-id), by the device each points to. A USB
 // adapter keeps its link when it is plugged in again, whatever ttyUSB number it gets.
 std::map<std::string, std::string> Stable_Links(const std::string& folder = "/dev/serial/by-id");
 
@@ -50,7 +50,6 @@ public:
 
     // The link by which the device of a fixed number is remembered ("" to forget it).
     void Set_Stable_Path(int number, const std::string& link);
-    std::string Stable_Path(int number) const;
 
     // Paths registered so far, in the order they were first seen.
     const std::vector<std::string>& Registered() const { return paths_; }

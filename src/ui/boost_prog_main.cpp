@@ -680,13 +680,17 @@ std::vector<std::string> BoostProgMain::Recent_Files() const {
     return files;
 }
 
+void BoostProgMain::Keep_Recent_Files(const std::vector<std::string>& files) {
+    QStringList kept;
+    for (const std::string& file : files)
+        kept << QString::fromStdString(file);
+    memory_->setValue("Recent/files", kept);
+    Show_Recent_Files();
+}
+
 void BoostProgMain::Remember_File(const std::string& full_name) {
     const std::string path = QFileInfo(QString::fromStdString(full_name)).absoluteFilePath().toStdString();
-    QStringList files;
-    for (const std::string& file : Push_Recent(Recent_Files(), path))
-        files << QString::fromStdString(file);
-    memory_->setValue("Recent/files", files);
-    Show_Recent_Files();
+    Keep_Recent_Files(Push_Recent(Recent_Files(), path));
 }
 
 void BoostProgMain::Show_Recent_Files() {
@@ -710,11 +714,7 @@ void BoostProgMain::File_recent_Click(int index) {
         // A file moved or deleted since: say so and take it off the list.
         active_dialogs_->Inform(path + " is not there any more");
         files.erase(files.begin() + index);
-        QStringList kept;
-        for (const std::string& file : files)
-            kept << QString::fromStdString(file);
-        memory_->setValue("Recent/files", kept);
-        Show_Recent_Files();
+        Keep_Recent_Files(files);
         return;
     }
     Take_Comment_From_Window();

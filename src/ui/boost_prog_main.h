@@ -173,6 +173,7 @@ private:
     void Set_Command_Buttons_Enabled(bool enabled);
     Settings_File_Context File_Context();
     void Remember_File(const std::string& full_name);
+    void Keep_Recent_Files(const std::vector<std::string>& files);
     void Show_Recent_Files();
     void Dummy_Wait(int milliseconds);
     void Build_Link_Panel();

@@ -118,10 +118,10 @@ bool Program_Keeps_Folder(const QString& kind) {
 
 } // namespace
 
-QString Qt_User_Dialogs::Start_Folder(const File_Dialog_Setup& setup) const {
+QString Dialog_Start_Folder(const File_Dialog_Setup& setup, const QSettings* memory) {
     const QString kind = File_Kind(setup);
     const QString named = QString::fromStdString(setup.initial_dir);
-    const QString kept = memory_ != nullptr ? memory_->value("Folders/" + kind).toString() : QString();
+    const QString kept = memory != nullptr ? memory->value("Folders/" + kind).toString() : QString();
     const bool named_ok = !named.isEmpty() && QFileInfo(named).isDir();
     const bool kept_ok = !kept.isEmpty() && QFileInfo(kept).isDir();
     if (named_ok && (Program_Keeps_Folder(kind) || !kept_ok)) return named;
@@ -129,29 +129,30 @@ QString Qt_User_Dialogs::Start_Folder(const File_Dialog_Setup& setup) const {
     return QDir::homePath();
 }
 
-void Qt_User_Dialogs::Remember_Folder(const File_Dialog_Setup& setup, const QString& picked) {
-    if (memory_ == nullptr || picked.isEmpty()) return;
-    memory_->setValue("Folders/" + File_Kind(setup), QFileInfo(picked).absolutePath());
+void Remember_Dialog_Folder(const File_Dialog_Setup& setup, const QString& picked, QSettings* memory) {
+    if (memory == nullptr || picked.isEmpty()) return;
+    memory->setValue("Folders/" + File_Kind(setup), QFileInfo(picked).absolutePath());
 }
 
 std::optional<Picked_File> Qt_User_Dialogs::Pick_Open_File(const File_Dialog_Setup& setup) {
     if (unattended_) return std::nullopt;
-    const QString name = QFileDialog::getOpenFileName(parent_, QString::fromStdString(setup.title),
-                                                      Start_Folder(setup), Qt_Filter_From(setup.filter));
-    Remember_Folder(setup, name);
+    const QString name =
+        QFileDialog::getOpenFileName(parent_, QString::fromStdString(setup.title),
+                                     Dialog_Start_Folder(setup, memory_), Qt_Filter_From(setup.filter));
+    Remember_Dialog_Folder(setup, name, memory_);
     return Picked(name);
 }
 
 std::optional<Picked_File> Qt_User_Dialogs::Pick_Save_File(const File_Dialog_Setup& setup) {
     if (unattended_) return std::nullopt;
-    QFileDialog dialog(parent_, QString::fromStdString(setup.title), Start_Folder(setup),
+    QFileDialog dialog(parent_, QString::fromStdString(setup.title), Dialog_Start_Folder(setup, memory_),
                        Qt_Filter_From(setup.filter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QString::fromStdString(setup.default_ext));
     dialog.setOption(QFileDialog::DontConfirmOverwrite, !setup.confirm_overwrite);
     dialog.selectFile(QString::fromStdString(setup.initial_name));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
-    Remember_Folder(setup, dialog.selectedFiles().constFirst());
+    Remember_Dialog_Folder(setup, dialog.selectedFiles().constFirst(), memory_);
     return Picked(dialog.selectedFiles().constFirst());
 }
 

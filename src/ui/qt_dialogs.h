@@ -31,14 +31,18 @@ public:
     std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup& setup) override;
 
 private:
-    QString Start_Folder(const File_Dialog_Setup& setup) const;
-    void Remember_Folder(const File_Dialog_Setup& setup, const QString& picked);
-
     QWidget* parent_;
     QString title_;
     bool unattended_ = false;
     QSettings* memory_ = nullptr;
 };
+
+// The folder a file dialog opens in. Settings and logs: the folder the program names (it keeps
+// them in its ini file). Other kinds (exports): the last folder a file of that kind was picked
+// in (kept in `memory`), else the named one, else the home folder.
+QString Dialog_Start_Folder(const File_Dialog_Setup& setup, const QSettings* memory);
+// Keeps the folder of a picked file for the next dialog of its kind.
+void Remember_Dialog_Folder(const File_Dialog_Setup& setup, const QString& picked, QSettings* memory);
 
 // "Box setting file *.qxs|*.qxs" as a Qt name filter list.
 QString Qt_Filter_From(const std::string& filter);

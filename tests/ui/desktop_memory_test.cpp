@@ -5,8 +5,11 @@
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
+#include "ui/qt_dialogs.h"
 
 #include <QAction>
+#include <QDir>
+#include <QSettings>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -115,6 +118,37 @@ TEST_F(Desktop_Memory, TheMainWindowComesBackWhereItWasLeft) {
     EXPECT_LT(window->pos().x(), 5000);
     EXPECT_LT(window->pos().y(), 5000);
     window->close();
+}
+
+// Settings go where the program keeps them (its ini names the folder); an export goes where
+// the last export of its kind went, as long as that folder is still there.
+TEST(Dialog_Folders, ExportsReturnToTheirLastFolderSettingsToTheProgramsOwn) {
+    Temp_Dir dir;
+    for (const char* sub : {"settings", "exports"})
+        std::filesystem::create_directories(dir.File(sub));
+    QSettings memory(QString::fromStdString(dir.File("quorlen.conf")), QSettings::IniFormat);
+    const QString settings = QString::fromStdString(dir.File("settings"));
+    const QString exports = QString::fromStdString(dir.File("exports"));
+
+    File_Dialog_Setup csv;
+    csv.filter = "3D-map image (*.bmp)|*.bmp|As text file (*.csv)|*.csv";
+    csv.initial_dir = settings.toStdString();
+    EXPECT_EQ(ui::Dialog_Start_Folder(csv, &memory), settings) << "nothing kept yet";
+    ui::Remember_Dialog_Folder(csv, exports + "/New1_qxs.bmp", &memory);
+    EXPECT_EQ(ui::Dialog_Start_Folder(csv, &memory), exports);
+
+    File_Dialog_Setup qxs;
+    qxs.filter = "Box setting file *.qxs|*.qxs";
+    qxs.initial_dir = settings.toStdString();
+    ui::Remember_Dialog_Folder(qxs, exports + "/a.qxs", &memory);
+    EXPECT_EQ(ui::Dialog_Start_Folder(qxs, &memory), settings);
+    qxs.initial_dir.clear();
+    EXPECT_EQ(ui::Dialog_Start_Folder(qxs, &memory), exports) << "no folder named: the last one";
+
+    std::filesystem::remove_all(dir.File("exports"));
+    EXPECT_EQ(ui::Dialog_Start_Folder(csv, &memory), settings) << "a folder gone is not offered";
+    csv.initial_dir.clear();
+    EXPECT_EQ(ui::Dialog_Start_Folder(csv, &memory), QDir::homePath());
 }
 
 } // namespace
