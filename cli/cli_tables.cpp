@@ -1,6 +1,8 @@
 #include "cli/cli_tables.h"
 
 #include "core/app_path.h"
+#include "core/atomic_file.h"
+#include "files/qxs_format.h"
 #include "files/settings_files.h"
 
 #include <cstdlib>
@@ -62,6 +64,22 @@ bool Cli_Tables::Load(const std::string& file) {
     Update_Tabs(ctx);
     Show_Right_Tabs(ctx);
     Update_All(ctx);
+    return true;
+}
+
+bool Cli_Tables::Save(const std::string& path) {
+    Image_Bytes bytes{};
+    std::copy_n(app.image.CardByte.begin(), bytes.size(), bytes.begin());
+    // The reader ends every comment line with CR LF and the writer adds one after the
+    // comment: without the reader's last one the comment goes back as it came.
+    std::string text = comment;
+    if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+    try {
+        Replace_File_Atomically(path, Format_Qxs(bytes, text));
+    } catch (const std::exception& e) {
+        std::fprintf(err_, "%s: %s\n", path.c_str(), e.what());
+        return false;
+    }
     return true;
 }
 

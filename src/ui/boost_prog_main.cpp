@@ -142,6 +142,9 @@ void BoostProgMain::Build_Menus() {
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
+    settings->addSeparator();
+    action(settings, "mnu_Sensor_Editor", "&Sensor viewer...", &BoostProgMain::mnu_Sensor_Editor_Click);
+    action(settings, "mnu_Transform_3D", "&Map size conversion...", &BoostProgMain::mnu_Transform_3D_Click);
 
     QMenu* view = menuBar()->addMenu("&View");
     view->setObjectName("View_menu");
@@ -428,6 +431,10 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = Make_Log_Window();
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
+    } else if (name == "QX_Sensor_Editor") {
+        form = Make_Sensor_Editor();
+    } else if (name == "QX_Transform_3D") {
+        form = Make_Transform_3D();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
             app_, this, [] {},

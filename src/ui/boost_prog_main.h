@@ -62,6 +62,10 @@ public:
     void Help_wwwlink_Click();
     void Help_About_Click();
     void Show_Prefs();
+    // The sensor viewer and the map size conversion (boost_prog_main_sensors.cpp).
+    void mnu_Sensor_Editor_Click();
+    void mnu_Transform_3D_Click();
+    void Show_Transform_3D(int head); // 0 the fuel map's page, 1 the ignition map's
 
     // Refreshes every view from the image (boost_prog_main_tables.cpp).
     void Update_All();
@@ -159,6 +163,10 @@ private:
     void Run_Settings(void (*procedure)(Settings_Context&));
     void Show_Rw_State();
     QWidget* Make_Log_Window();
+    QWidget* Make_Sensor_Editor();
+    QWidget* Make_Transform_3D();
+    // The open sensor viewer and size conversion follow the image.
+    void Refresh_Sensor_Forms();
     void Build_Log_Window();
 
     App_Context app_;

@@ -491,6 +491,12 @@ void QX_Log::cmd_Open_Com_Click() {
     Update_Chart();
 }
 
+void QX_Log::Log_Sensors_Changed() {
+    Update_Log_Sens_Def(*state_);
+    Update_Log_Sens_Tab(*state_);
+    Fill_Signals();
+}
+
 bool QX_Log::Logging() const {
     return state_->capture.Logging_Running;
 }

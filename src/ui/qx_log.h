@@ -67,6 +67,9 @@ public:
     void cmd_Calc_Gearing_Click();
     // The setup texts into the settings section, as the setup form's OK does.
     void Apply_Settings_Click();
+    // The log sensors changed (one was stored by the sensor viewer): their section text, the
+    // signals' names and units, and the list follow.
+    void Log_Sensors_Changed();
 
     Log_State& State() { return *state_; }
 

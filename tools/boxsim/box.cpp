@@ -75,7 +75,8 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
 
 Box::Box(Box_Config config, Box_Faults faults)
     : config_(std::move(config)), faults_(faults), card_(Card_From(config_.image), faults.card_silence_after),
-      stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200}) {
+      stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200},
+              config_.throttle) {
     memory_ = config_.image;
     committed_ = config_.image;
     slave_ = config_.slave_image;

@@ -43,6 +43,7 @@ struct Box_Config {
     bool engine_running = false;
     bool bootloader = false;  // starts in its boot loader until it gets "g"
     bool status_value = true; // false: the older banner whose Status line ends after the flags
+    Throttle_Script throttle; // the throttle input of the log stream, held by a test
 };
 
 // Faults that act on the box's behaviour rather than on the line.

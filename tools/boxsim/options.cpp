@@ -62,6 +62,8 @@ std::string Usage() {
                "  --smartcard            a Mapchip is in the slot: \"br\" writes it, and the box runs from "
                "it\n"
                "  --engine-running       the engine runs (bit 0 of the status value)\n"
+               "  --tps-script T:RAW,... while a log runs, the throttle input reads RAW from second T\n"
+               "                         of the stream on (\"0:30,5:230\": released, then floored)\n"
                "  --no-status-value      older banner: the Status line ends after its three flags\n"
                "  --bootloader           start in the boot loader; \"g\" leaves it\n"
                "  --i2c-timeouts N       the first N banners carry \"I2C TIME OUT 2\"\n"
@@ -144,6 +146,8 @@ std::optional<Options> Parse_Options(const std::vector<std::string>& args, std::
                 o.slave_path = args[++i];
         } else if (name == "--smartcard") {
             ok = flag(o.box.smartcard);
+        } else if (name == "--tps-script") {
+            ok = value(text) && Parse_Throttle_Script(text, o.box.throttle, error);
         } else if (name == "--engine-running") {
             ok = flag(o.box.engine_running);
         } else if (name == "--no-status-value") {
