@@ -59,7 +59,7 @@ void Each_Selected(Sensor_Editor& e, int first, int last, F&& change) {
 
 int Editor_Decimals(const Sensor_Editor& e) {
     double d = Text_Val(e.txt_SensorDecimals);
-    return static_cast<int>(std::clamp(d, 0.0, 6.0));
+    return static_cast<int>(std::clamp(d, 0.0, 4.0));
 }
 
 void Update_Grid(Sensor_Editor& e) {

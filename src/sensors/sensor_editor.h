@@ -53,7 +53,7 @@ struct Sensor_Editor {
     std::array<std::string, 4> txt_Create_Sens{};
 };
 
-// The decimals typed, as the points are rounded to them (0 to 6; text that is no number is 0).
+// The decimals typed, as the points are rounded to them (0 to 4; text that is no number is 0).
 int Editor_Decimals(const Sensor_Editor& e);
 
 // The points follow the typed gain, offset, range and decimals of a linear sensor (a 2C one
