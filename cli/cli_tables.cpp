@@ -67,15 +67,19 @@ bool Cli_Tables::Load(const std::string& file) {
     return true;
 }
 
-bool Cli_Tables::Save(const std::string& path) {
-    Image_Bytes bytes{};
-    std::copy_n(app.image.CardByte.begin(), bytes.size(), bytes.begin());
+std::string Cli_Tables::Comment_To_Save() const {
     // The reader ends every comment line with CR LF and the writer adds one after the
     // comment: without the reader's last one the comment goes back as it came.
     std::string text = comment;
     if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+    return text;
+}
+
+bool Cli_Tables::Save(const std::string& path) {
+    Image_Bytes bytes{};
+    std::copy_n(app.image.CardByte.begin(), bytes.size(), bytes.begin());
     try {
-        Replace_File_Atomically(path, Format_Qxs(bytes, text));
+        Replace_File_Atomically(path, Format_Qxs(bytes, Comment_To_Save()));
     } catch (const std::exception& e) {
         std::fprintf(err_, "%s: %s\n", path.c_str(), e.what());
         return false;

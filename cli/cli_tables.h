@@ -47,6 +47,8 @@ public:
     void Flush_Diagnostics();
 
     Tables_Context Context() { return app.Tables(dialogs); }
+    // The comment as a save writes it back unchanged.
+    std::string Comment_To_Save() const;
 
     App_Context app;
     Stderr_Dialogs dialogs;

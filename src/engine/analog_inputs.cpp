@@ -1,6 +1,7 @@
 #include "engine/analog_inputs.h"
 
 #include "core/proc_guard.h"
+#include "engine/page_choices.h"
 #include "tables/table_catalogue.h"
 
 namespace quorlen {
@@ -10,17 +11,6 @@ namespace {
 constexpr int Always_Kept[] = {177, 212, 171, 172, 30};
 constexpr int Lambda_Load_Points[] = {96, 98};
 
-// The sensor nibble of digital output 0..3 names input nibble + 1.
-int Digital_Output_Input(const Settings_Image& image, int output) {
-    return (image.CardByte[static_cast<std::size_t>(230 + 5 * output)] & 15) + 1;
-}
-
-// The signal of PWM output 1..4: bytes 186 and 187, low nibble first.
-int Pwm_Axis_Sensor(const Settings_Image& image, int output) {
-    int b = image.CardByte[output <= 2 ? 186 : 187];
-    return output % 2 == 1 ? b & 15 : b >> 4;
-}
-
 } // namespace
 
 std::vector<int> Physical_Addresses(const Settings_Image& image, int input) {
@@ -29,7 +19,7 @@ std::vector<int> Physical_Addresses(const Settings_Image& image, int input) {
     if (Read_Load_Selections(image).LambdaLoadSensor == input)
         addresses.insert(addresses.end(), std::begin(Lambda_Load_Points), std::end(Lambda_Load_Points));
     for (int output = 0; output < 4; ++output) {
-        if (Digital_Output_Input(image, output) != input) continue;
+        if (Digital_Sensor_Input(image, output) != input) continue;
         addresses.push_back(233 + 5 * output);
         addresses.push_back(234 + 5 * output);
     }
@@ -41,7 +31,7 @@ std::vector<std::string> Physical_Map_Messages(const Settings_Image& image, int 
     std::vector<std::string> messages;
     if (input != Coolant_Input) return messages;
     for (int output = 1; output <= 4; ++output)
-        if (Pwm_Axis_Sensor(image, output) == input)
+        if (Pwm_Signal(image, output) == input)
             messages.push_back("Check PWM" + std::to_string(output) + " map. Map is changed");
     return messages;
 }

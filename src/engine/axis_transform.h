@@ -48,7 +48,6 @@ struct Transform_State {
     // replace the other before it has been converted.
     Saved_Map fuel;
     Saved_Map ignition;
-    Axis_Focus focus = Axis_Focus::Rpm;
 
     Saved_Map& Of(Map_Head head) { return head == Map_Head::Fuel ? fuel : ignition; }
     const Saved_Map& Of(Map_Head head) const { return head == Map_Head::Fuel ? fuel : ignition; }

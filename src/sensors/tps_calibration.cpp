@@ -50,7 +50,7 @@ void TPS_Timer_Timer(TPS_Calibration& c, Sensor_Editor& e, User_Dialogs& dialogs
     if (!Running(hooks)) {
         // The log never started, or stopped on the way: nothing measured is to be trusted.
         Stop(c);
-        dialogs.Inform_Stop(TPS_No_Log_Text);
+        dialogs.Warn(TPS_No_Log_Text);
         c.Tick_Busy = false;
         return;
     }

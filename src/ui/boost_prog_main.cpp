@@ -14,6 +14,7 @@
 #include "ui/qx_3dmap.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
+#include "ui/qx_settings.h"
 #include "ui/qx_verify_frm.h"
 #include "ui/rw_panel.h"
 
@@ -141,6 +142,7 @@ void BoostProgMain::Build_Menus() {
 
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
+    action(settings, "mnu_Settings", "&Engine settings...", [this] { Show_Settings(); });
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
     settings->addSeparator();
     action(settings, "mnu_Sensor_Editor", "&Sensor viewer...", &BoostProgMain::mnu_Sensor_Editor_Click);
@@ -427,6 +429,15 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             form = new QX_3Dmap(app_, dialogs, this);
         else
             form = new QX_Verify_frm(app_, dialogs, this);
+    } else if (name == "QX_settings") {
+        QX_settings_Hooks hooks;
+        hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+        hooks.Update_All = [this] { Update_All(); };
+        hooks.Update_Tabs = [this] { Update_Tabs(); };
+        hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
+        hooks.Clear_Err_Counters = [this] { Clear_Err_Counters_cmd_Click(); };
+        hooks.Show_Transform_3D = [this](int head) { Show_Transform_3D(head); };
+        form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
     } else if (name == "frm_TodosII") {
@@ -614,6 +625,10 @@ void BoostProgMain::Show_Prefs() {
     QWidget* form = Form("QX_prefs");
     form->show();
     form->raise();
+}
+
+void BoostProgMain::Show_Settings(int index) {
+    static_cast<QX_settings*>(Form("QX_settings"))->Show_Tab(index);
 }
 
 void BoostProgMain::Help_Quorlen_Click() {

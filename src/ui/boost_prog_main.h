@@ -62,6 +62,8 @@ public:
     void Help_wwwlink_Click();
     void Help_About_Click();
     void Show_Prefs();
+    // The settings form, on its last tab or on tab `index`.
+    void Show_Settings(int index = -1);
     // The sensor viewer and the map size conversion (boost_prog_main_sensors.cpp).
     void mnu_Sensor_Editor_Click();
     void mnu_Transform_3D_Click();
@@ -75,6 +77,8 @@ public:
     // The analogue inputs take the sensors the image names, and the tables follow.
     void Init_Analog_from_CardByte(App_Context& app);
     void Analog_Follows_Image();
+    // The settings form's sliders that depend on a sensor follow a change of sensor.
+    void Update_scroll_change();
 
     // A child form by name, created on first use.
     QWidget* Form(const std::string& name);
@@ -168,6 +172,8 @@ private:
     // The open sensor viewer and size conversion follow the image.
     void Refresh_Sensor_Forms();
     void Build_Log_Window();
+    // The settings form if it has been made, else null.
+    class QX_settings* Settings_Form_If_Made();
 
     App_Context app_;
     Start_Options options_;

@@ -18,6 +18,7 @@ QWidget* BoostProgMain::Make_Sensor_Editor() {
         Show_Right_Tabs();
     };
     hooks.Update_All = [this] { Update_All(); };
+    hooks.Update_scroll_change = [this] { Update_scroll_change(); };
     hooks.Log = [this]() -> Log_State& { return static_cast<QX_Log*>(Form("QX_Log"))->State(); };
     hooks.Start_Logging = [this] {
         auto* log = static_cast<QX_Log*>(Form("QX_Log"));

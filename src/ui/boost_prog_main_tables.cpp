@@ -4,6 +4,7 @@
 #include "ui/boost_prog_main.h"
 
 #include "ui/map_tabs.h"
+#include "ui/qx_settings.h"
 
 #include <QTabWidget>
 
@@ -27,6 +28,9 @@ void BoostProgMain::Update_All() {
     Tables_Context ctx = app_.Tables(*active_dialogs_);
     quorlen::Update_All(ctx);
     map_tabs_->Update_All();
+    // A hidden settings form catches up when it is shown.
+    if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
+        settings->Update_Settings();
     Refresh_Sensor_Forms();
     UpdateBusy_ = false;
 }
@@ -67,6 +71,15 @@ void BoostProgMain::Analog_Follows_Image() {
     Update_Tabs();
     Show_Right_Tabs();
     Update_All();
+    Update_scroll_change();
+}
+
+void BoostProgMain::Update_scroll_change() {
+    if (QX_settings* settings = Settings_Form_If_Made()) settings->Update_scroll_change();
+}
+
+QX_settings* BoostProgMain::Settings_Form_If_Made() {
+    return Form_Exists("QX_settings") ? static_cast<QX_settings*>(Form("QX_settings")) : nullptr;
 }
 
 } // namespace quorlen::ui

@@ -54,8 +54,8 @@ void Qt_User_Dialogs::Inform_Titled(const std::string& title, const std::string&
     QMessageBox::information(parent_, From_8bit(title), From_8bit(text), QMessageBox::Ok);
 }
 
-void Qt_User_Dialogs::Inform_Stop(const std::string& text) {
-    if (unattended_) return Report("inform", text);
+void Qt_User_Dialogs::Warn(const std::string& text) {
+    if (unattended_) return Report("warn", text);
     QMessageBox::critical(parent_, title_, From_8bit(text), QMessageBox::Ok);
 }
 

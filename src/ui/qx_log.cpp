@@ -1,5 +1,7 @@
 #include "ui/qx_log.h"
 
+#include "engine/page_choices.h"
+
 #include "app/app_context.h"
 #include "core/app_path.h"
 #include "core/proc_guard.h"
@@ -96,6 +98,7 @@ Log_Context QX_Log::Ctx() {
     h.Main_Status = hooks_.Main_Status;
     h.Update_Chart = [this] { Update_Chart(); };
     h.Signals_Changed = [this] { Fill_Signals(); };
+    h.ae_combo_index = [this] { return ae_combo_Index(app_.image); };
     const std::string port = hooks_.Port_Path ? hooks_.Port_Path() : std::string();
     return Log_Context{*state_,  app_.image,       app_.program, app_.texts, app_.link,
                        app_.log, hooks_.Dialogs(), line_.get(),  port,       std::move(h)};

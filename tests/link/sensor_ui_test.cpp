@@ -46,7 +46,7 @@ public:
         while (live() != full && waited.elapsed() < 15000)
             QTest::qWait(50);
     }
-    void Inform_Stop(const std::string& text) override { Say(text, QMessageBox::Critical); }
+    void Warn(const std::string& text) override { Say(text, QMessageBox::Critical); }
     Answer Ask_Ok_Cancel(const std::string& text) override {
         Say(text, QMessageBox::Question);
         return Answer::Ok;

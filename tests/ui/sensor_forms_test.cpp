@@ -4,6 +4,7 @@
 
 #include "app/app_context.h"
 #include "engine/axis_transform.h"
+#include "engine/settings_pages.h"
 #include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
@@ -159,6 +160,38 @@ TEST_F(Sensor_Forms, TheConversionKeepsTheFuelMapThroughAnotherShape) {
         form->resize(1400, 900);
         QTest::qWait(200);
         form->grab().save(QString(Shots()) + "/transform_fuel.png");
+    }
+}
+
+TEST_F(Sensor_Forms, TheSettingsFormShowsEachMapsShapeAndLeadsToTheConversion) {
+    window->Show_Settings(Settings_Tab::Ignition);
+    QWidget* settings = window->Form("QX_settings");
+    auto* axes = Child<QWidget>(settings, "Ign_Axes_frame");
+    ASSERT_TRUE(axes->isVisible());
+    auto* load = Child<QTableWidget>(axes, "MAP_3D_Ign_Grid");
+    EXPECT_EQ(load->rowCount(), 11);
+    load->setFocus();
+    load->setRangeSelected(QTableWidgetSelectionRange(3, 0, 4, 1), true);
+    const Map_Block ign = Head_Block(window->App().image, Map_Head::Ignition);
+    const int step = window->App().image.CardByte[ign.Load_Step(4)];
+    QTest::mouseClick(Child<QPushButton>(axes, "Table_Ign_Increase"), Qt::LeftButton);
+    EXPECT_EQ(window->App().image.CardByte[ign.Load_Step(4)], std::min(step * 2, 128));
+    // The load column of the main map follows at once.
+    auto* grid = window->findChild<QTableView*>("Ignition_3D_Grid");
+    EXPECT_EQ(
+        grid->model()->index(4, 0).data().toString().toStdString(),
+        Load_Axis_Texts({window->App().image, window->App().sensors, window->App().undo, window->App().log},
+                        Map_Head::Ignition)[3]
+            .substr(0, 4));
+
+    QTest::mouseClick(Child<QPushButton>(axes, "Ign_Transform_3D_cmd"), Qt::LeftButton);
+    auto* form = window->Form("QX_Transform_3D");
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_EQ(Child<QTabWidget>(form, "Transform_SSTab")->currentIndex(), 1);
+    if (Shots() != nullptr) {
+        settings->resize(1240, 820);
+        QTest::qWait(200);
+        settings->grab().save(QString(Shots()) + "/settings_ignition_axes.png");
     }
 }
 
