@@ -5,8 +5,8 @@
 // the logic of what each shows and does lives in engine/.
 
 #include "app/app_context.h"
-#include "engine/page_charts.h"
 #include "engine/axis_transform.h"
+#include "engine/page_charts.h"
 #include "engine/page_choices.h"
 #include "ui/child_form.h"
 
@@ -45,7 +45,8 @@ struct QX_settings_Hooks {
     std::function<void()> Update_Tabs;
     std::function<void()> Show_Right_Tabs;
     // Clears the box's error counters and writes them (the main window's routine).
-    std::function<void()> Clear_Err_Counters;    // The map size conversion, on the page of the fuel (0) or the ignition (1) map.
+    std::function<void()>
+        Clear_Err_Counters; // The map size conversion, on the page of the fuel (0) or the ignition (1) map.
     std::function<void(int head)> Show_Transform_3D;
 };
 

@@ -388,8 +388,8 @@ void QX_settings::Build_Digital_Outputs(QGroupBox* box) {
 QWidget* QX_settings::Build_Map_Axes(Map_Head head, QWidget* page) {
     const bool fuel = head == Map_Head::Fuel;
     Map_Axes_Hooks hooks{hooks_.Dialogs, hooks_.Update_Tabs, hooks_.Show_Right_Tabs, hooks_.Update_All};
-    auto* panel =
-        new Map_Axes_Panel(app_, head, std::move(hooks), fuel ? "Fuel map size and axes" : "Ignition map size and axes", page);
+    auto* panel = new Map_Axes_Panel(app_, head, std::move(hooks),
+                                     fuel ? "Fuel map size and axes" : "Ignition map size and axes", page);
     auto* convert = new QPushButton("Size conversion...", panel);
     convert->setObjectName(fuel ? "Fuel_Transform_3D_cmd" : "Ign_Transform_3D_cmd");
     convert->setToolTip("Change the size or the axes of the map and convert it, keeping its values");
