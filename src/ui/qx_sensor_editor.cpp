@@ -484,8 +484,13 @@ void QX_Sensor_Editor::Show_In_Diagram() {
     auto axes = Sensor_chart_->chart()->axes();
     auto* x = static_cast<QValueAxis*>(axes[0]);
     auto* y = static_cast<QValueAxis*>(axes[1]);
+    // Ticks at whole volts, every 20 % or every 32 bits, up to the last point.
     x->setRange(0, points.last().x());
-    x->applyNiceNumbers();
+    x->setTickType(QValueAxis::TicksDynamic);
+    x->setTickAnchor(0);
+    x->setTickInterval(editor_.in_display == In_Display::Volts     ? 1
+                       : editor_.in_display == In_Display::Percent ? 20
+                                                                   : 32);
     double pad = std::max((hi - lo) * 0.05, 0.5);
     y->setRange(lo - pad, hi + pad);
     y->applyNiceNumbers();
