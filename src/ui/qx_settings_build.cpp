@@ -416,7 +416,7 @@ void QX_settings::Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QV
         Battery_Chart_ = Add_Chart(page, "Battery_Chart", "Battery correction");
         Battery_Chart_->chart->legend()->hide();
         right->addWidget(Battery_Chart_->view);
-        right->addWidget(Build_Map_Axes(Map_Head::Fuel, page));
+        left->addWidget(Build_Map_Axes(Map_Head::Fuel, page));
         break;
     case Settings_Tab::Ignition:
         right->addWidget(Build_Map_Axes(Map_Head::Ignition, page));

@@ -188,11 +188,6 @@ TEST_F(Sensor_Forms, TheSettingsFormShowsEachMapsShapeAndLeadsToTheConversion) {
     auto* form = window->Form("QX_Transform_3D");
     EXPECT_TRUE(form->isVisible());
     EXPECT_EQ(Child<QTabWidget>(form, "Transform_SSTab")->currentIndex(), 1);
-    if (Shots() != nullptr) {
-        settings->resize(1240, 820);
-        QTest::qWait(200);
-        settings->grab().save(QString(Shots()) + "/settings_ignition_axes.png");
-    }
 }
 
 TEST_F(Sensor_Forms, ConvertingWithoutASavedMapTellsSoAndChangesNothing) {
