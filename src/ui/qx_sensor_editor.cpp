@@ -204,9 +204,6 @@ QGroupBox* QX_Sensor_Editor::Build_Create() {
         QLineEdit* edit = Field(box, Indexed("txt_Create_Sens", i), 70);
         txt_Create_Sens_[static_cast<std::size_t>(i)] = edit;
         grid->addWidget(edit, 1 + i / 2, 1 + i % 2);
-        connect(edit, &QLineEdit::textEdited, this, [this, i](const QString& t) {
-            editor_.txt_Create_Sens[static_cast<std::size_t>(i)] = To_8bit(t);
-        });
     }
     auto* create = Button(box, "cmd_EditSensor", "Create sensor",
                           "Makes a linear sensor through the two points, clamped between them");
@@ -228,8 +225,6 @@ QGroupBox* QX_Sensor_Editor::Build_Tester() {
     auto* rev = Button(box, "cmd_Rev_Calc", "Calculate in signal");
     grid->addWidget(frw, 0, 2);
     grid->addWidget(rev, 1, 2);
-    connect(Text2_, &QLineEdit::textEdited, this, [this](const QString& t) { editor_.Text2 = To_8bit(t); });
-    connect(Text1_, &QLineEdit::textEdited, this, [this](const QString& t) { editor_.Text1 = To_8bit(t); });
     connect(frw, &QPushButton::clicked, this, &QX_Sensor_Editor::cmd_Frw_Calc_Click);
     connect(rev, &QPushButton::clicked, this, &QX_Sensor_Editor::cmd_Rev_Calc_Click);
     return box;
@@ -296,10 +291,6 @@ QWidget* QX_Sensor_Editor::Build_Grid() {
     tools->addWidget(set, 1, 1);
     tools->addWidget(scale_table_text_, 1, 2);
     tools->addWidget(scale, 1, 3);
-    connect(set_table_text_, &QLineEdit::textEdited, this,
-            [this](const QString& t) { editor_.set_table_text = To_8bit(t); });
-    connect(scale_table_text_, &QLineEdit::textEdited, this,
-            [this](const QString& t) { editor_.scale_table_text = To_8bit(t); });
     connect(set, &QPushButton::clicked, this, [this] { Point_Tool(&set_table); });
     connect(scale, &QPushButton::clicked, this, [this] { Point_Tool(&scale_table); });
     layout->addWidget(point_tools_);
@@ -403,35 +394,36 @@ void QX_Sensor_Editor::Show_Selections() {
     View_Log_Sensor_Combo_->setCurrentIndex(std::min(log_row, View_Log_Sensor_Combo_->count() - 1));
 }
 
-void QX_Sensor_Editor::Take_Fields() {
+std::vector<std::pair<QLineEdit*, std::string*>> QX_Sensor_Editor::Fields() {
     Sensor_Editor& e = editor_;
-    e.txt_SensorName = To_8bit(txt_SensorName_->text());
-    e.txt_SensorUnit = To_8bit(txt_SensorUnit_->text());
-    e.txt_SensorDecimals = To_8bit(txt_SensorDecimals_->text());
-    e.txt_SensorInUnit = To_8bit(txt_SensorInUnit_->text());
-    e.txt_SensorGain = To_8bit(txt_SensorGain_->text());
-    e.txt_SensorOffset = To_8bit(txt_SensorOffset_->text());
-    e.txt_SensorMin = To_8bit(txt_SensorMin_->text());
-    e.txt_SensorMax = To_8bit(txt_SensorMax_->text());
-    if (Sensor_Type_->checkedId() >= 0) e.Sensor_Type = static_cast<Sensor_Kind>(Sensor_Type_->checkedId());
+    std::vector<std::pair<QLineEdit*, std::string*>> fields = {{txt_SensorName_, &e.txt_SensorName},
+                                                               {txt_SensorUnit_, &e.txt_SensorUnit},
+                                                               {txt_SensorDecimals_, &e.txt_SensorDecimals},
+                                                               {txt_SensorInUnit_, &e.txt_SensorInUnit},
+                                                               {txt_SensorGain_, &e.txt_SensorGain},
+                                                               {txt_SensorOffset_, &e.txt_SensorOffset},
+                                                               {txt_SensorMin_, &e.txt_SensorMin},
+                                                               {txt_SensorMax_, &e.txt_SensorMax},
+                                                               {set_table_text_, &e.set_table_text},
+                                                               {scale_table_text_, &e.scale_table_text},
+                                                               {Text1_, &e.Text1},
+                                                               {Text2_, &e.Text2}};
+    for (std::size_t i = 0; i < txt_Create_Sens_.size(); ++i)
+        fields.emplace_back(txt_Create_Sens_[i], &e.txt_Create_Sens[i]);
+    return fields;
+}
+
+void QX_Sensor_Editor::Take_Fields() {
+    for (auto [edit, text] : Fields())
+        *text = To_8bit(edit->text());
+    if (Sensor_Type_->checkedId() >= 0)
+        editor_.Sensor_Type = static_cast<Sensor_Kind>(Sensor_Type_->checkedId());
 }
 
 void QX_Sensor_Editor::Show_Fields() {
     const Sensor_Editor& e = editor_;
-    Set_Text(txt_SensorName_, e.txt_SensorName);
-    Set_Text(txt_SensorUnit_, e.txt_SensorUnit);
-    Set_Text(txt_SensorDecimals_, e.txt_SensorDecimals);
-    Set_Text(txt_SensorInUnit_, e.txt_SensorInUnit);
-    Set_Text(txt_SensorGain_, e.txt_SensorGain);
-    Set_Text(txt_SensorOffset_, e.txt_SensorOffset);
-    Set_Text(txt_SensorMin_, e.txt_SensorMin);
-    Set_Text(txt_SensorMax_, e.txt_SensorMax);
-    Set_Text(set_table_text_, e.set_table_text);
-    Set_Text(scale_table_text_, e.scale_table_text);
-    Set_Text(Text1_, e.Text1);
-    Set_Text(Text2_, e.Text2);
-    for (std::size_t i = 0; i < txt_Create_Sens_.size(); ++i)
-        Set_Text(txt_Create_Sens_[i], e.txt_Create_Sens[i]);
+    for (auto [edit, text] : Fields())
+        Set_Text(edit, *text);
     Sensor_Type_->button(static_cast<int>(e.Sensor_Type))->setChecked(true);
     {
         QSignalBlocker a(chk_Tuning_), b(chk_Log_);
@@ -558,8 +550,6 @@ void QX_Sensor_Editor::cmd_SaveSensor_Click() {
 }
 
 void QX_Sensor_Editor::cmd_EditSensor_Click() {
-    for (std::size_t i = 0; i < txt_Create_Sens_.size(); ++i)
-        editor_.txt_Create_Sens[i] = To_8bit(txt_Create_Sens_[i]->text());
     Take_Fields();
     if (!cmd_EditSensor(editor_)) return;
     Show_Fields();
@@ -584,13 +574,13 @@ void QX_Sensor_Editor::View_Log_Sensor_Combo_Click(int index) {
 // --- tester --------------------------------------------------------------------------------
 
 void QX_Sensor_Editor::cmd_Frw_Calc_Click() {
-    editor_.Text2 = To_8bit(Text2_->text());
+    Take_Fields();
     cmd_Frw_Calc(editor_, app_.sensors.table, View_Tuning_Sensor_Combo_->currentIndex());
     Set_Text(Text1_, editor_.Text1);
 }
 
 void QX_Sensor_Editor::cmd_Rev_Calc_Click() {
-    editor_.Text1 = To_8bit(Text1_->text());
+    Take_Fields();
     Proc_Guard guard(app_.log, "cmd Rev Calc");
     guard.Step([&] { cmd_Rev_Calc(editor_, app_.sensors.table, View_Tuning_Sensor_Combo_->currentIndex()); });
     Set_Text(Text2_, editor_.Text2);

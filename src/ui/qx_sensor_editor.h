@@ -9,6 +9,9 @@
 
 #include <array>
 #include <functional>
+#include <string>
+#include <utility>
+#include <vector>
 
 class QButtonGroup;
 class QCheckBox;
@@ -75,6 +78,7 @@ private:
     QGroupBox* Build_Tester();
     QWidget* Build_Grid();
     // The fields of the form into the editor's state, and back.
+    std::vector<std::pair<QLineEdit*, std::string*>> Fields();
     void Take_Fields();
     void Show_Fields();
     void Show_Grid();
