@@ -2,10 +2,10 @@
 
 #include "core/app_path.h"
 #include "core/atomic_file.h"
-#include "files/qxs_format.h"
 #include "files/settings_files.h"
 
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <unistd.h>
 
@@ -58,12 +58,28 @@ bool Cli_Tables::Load(const std::string& file) {
     }
     std::copy(content->bytes.begin(), content->bytes.end(), app.image.CardByte.begin());
     comment = content->comment;
+    Take_Image();
+    return true;
+}
+
+void Cli_Tables::Take_Image() {
     Analog_Context analog = app.Analog();
     Init_Analog_from_CardByte(analog);
     Tables_Context ctx = Context();
     Update_Tabs(ctx);
     Show_Right_Tabs(ctx);
     Update_All(ctx);
+}
+
+bool Cli_Tables::Save(const std::string& out) {
+    Image_Bytes bytes{};
+    std::copy_n(app.image.CardByte.begin(), bytes.size(), bytes.begin());
+    try {
+        Replace_File_Atomically(out, Format_Qxs(bytes, Comment_To_Save()));
+    } catch (const std::exception& e) {
+        std::fprintf(err_, "%s: %s\n", out.c_str(), e.what());
+        return false;
+    }
     return true;
 }
 
@@ -73,18 +89,6 @@ std::string Cli_Tables::Comment_To_Save() const {
     std::string text = comment;
     if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
     return text;
-}
-
-bool Cli_Tables::Save(const std::string& path) {
-    Image_Bytes bytes{};
-    std::copy_n(app.image.CardByte.begin(), bytes.size(), bytes.begin());
-    try {
-        Replace_File_Atomically(path, Format_Qxs(bytes, Comment_To_Save()));
-    } catch (const std::exception& e) {
-        std::fprintf(err_, "%s: %s\n", path.c_str(), e.what());
-        return false;
-    }
-    return true;
 }
 
 void Cli_Tables::Flush_Diagnostics() {

@@ -39,9 +39,11 @@ public:
     // Loads `file` and runs Update_Tabs, Show_Right_Tabs and Update_All over it; false, with
     // "Not a valid qxs-file" on stderr, when it is not a settings file.
     bool Load(const std::string& file);
-    // The image and the comment to `path`, replacing it whole; false, with the reason on
-    // stderr, when it can't be written.
-    bool Save(const std::string& path);
+    // After the image changed as a whole: the analogue inputs and the four table routines.
+    void Take_Image();
+    // The image and the file's comment to `out`, through a temporary file; false, with the
+    // reason on stderr, when it can't be written.
+    bool Save(const std::string& out);
     // The diagnostics so far (the log and the debug text) go to stderr; later ones are
     // dropped. Runs at the end of the object's life if not before.
     void Flush_Diagnostics();

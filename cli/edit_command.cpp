@@ -7,6 +7,7 @@
 #include "tables/selection_ops.h"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 
 namespace quorlen::cli {

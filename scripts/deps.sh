@@ -9,6 +9,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     clang-format
     pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
+    unrtf
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -6,6 +6,7 @@
 #include "core/debug_log.h"
 #include "core/ini_file.h"
 #include "core/program_state.h"
+#include "engine/engine_catalogue.h"
 #include "engine/settings_pages.h"
 #include "files/presets.h"
 #include "image/scaling.h"

@@ -22,6 +22,10 @@ void Init_ini_file(App_Context& app) {
     guard.Step([&] { app.files.CurrentDataDir = app.ini.Read_Ini("card_data_dir"); });
     guard.Step([&] { app.ini.Write_Ini("start_dir", app.program.App_Path); });
     guard.Step([&] { Load_Sensor_Definitions(app.sensors, app.ini, guard, &app.texts.Debug_txt); });
+    Load_Presets(app, guard);
+}
+
+void Load_Presets(App_Context& app, Proc_Guard& guard) {
     guard.Step([&] {
         app.PresetList.clear();
         for (int occurrence = 1;; ++occurrence) {

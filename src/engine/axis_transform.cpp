@@ -123,12 +123,12 @@ bool Convert_Head(const Axis_Context& ctx, Transform_State& state, Map_Head head
             Map_Block block = Head_Block(ctx.image, head);
             auto rpm = Rpm_Axis_Texts(ctx, head);
             auto load = Load_Axis_Texts(ctx, head);
-            const Text_Grid& old = saved.grid;
+            const Saved_Grid& old = saved.grid;
             const int old_cols = saved.Saved_RPM_Count;
             const int old_rows = saved.Saved_MAP_Count;
 
             // Speed pass: the new speeds over the saved loads.
-            Text_Grid& mid = saved.grid2;
+            Saved_Grid& mid = saved.grid2;
             mid.Resize(old_rows + 1, block.cols + 1);
             mid.At(0, 0) = "RPM";
             for (int r = 1; r <= old_rows; ++r)
@@ -209,23 +209,23 @@ void Set_All_Steps(const Axis_Context& ctx, Map_Head head, Axis_Focus axis, int 
 
 // --- the grids ------------------------------------------------------------------------------
 
-void Text_Grid::Resize(int r, int c) {
+void Saved_Grid::Resize(int r, int c) {
     rows = std::max(r, 0);
     cols = std::max(c, 0);
     cells.assign(static_cast<std::size_t>(rows * cols), std::string());
 }
 
-const std::string& Text_Grid::At(int r, int c) const {
+const std::string& Saved_Grid::At(int r, int c) const {
     if (r < 0 || r >= rows || c < 0 || c >= cols) throw errors::Subscript_Out_Of_Range();
     return cells[static_cast<std::size_t>(r * cols + c)];
 }
 
-std::string& Text_Grid::At(int r, int c) {
+std::string& Saved_Grid::At(int r, int c) {
     if (r < 0 || r >= rows || c < 0 || c >= cols) throw errors::Subscript_Out_Of_Range();
     return cells[static_cast<std::size_t>(r * cols + c)];
 }
 
-double Text_Grid::Number(int r, int c) const {
+double Saved_Grid::Number(int r, int c) const {
     return Val(At(r, c));
 }
 

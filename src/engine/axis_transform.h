@@ -25,7 +25,7 @@ inline constexpr const char* Nothing_Saved_Text =
     "There is no saved map to convert. Save the current map first (step 1).";
 
 // A map as its grid shows it: row 0 the speeds, column 0 the loads, the cells as their texts.
-struct Text_Grid {
+struct Saved_Grid {
     int rows = 0; // header row included
     int cols = 0; // header column included
     std::vector<std::string> cells;
@@ -39,8 +39,8 @@ struct Text_Grid {
 struct Saved_Map {
     int Saved_RPM_Count = 0;
     int Saved_MAP_Count = 0;
-    Text_Grid grid;  // "Saved fuel map"
-    Text_Grid grid2; // "Recalulated fuel step 1": new speeds over the saved loads
+    Saved_Grid grid;  // "Saved fuel map"
+    Saved_Grid grid2; // "Recalulated fuel step 1": new speeds over the saved loads
 };
 
 struct Transform_State {

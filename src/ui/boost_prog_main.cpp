@@ -152,6 +152,7 @@ void BoostProgMain::Build_Menus() {
     view->setObjectName("View_menu");
     action(view, "View_write_debug", "&Communication report", &BoostProgMain::View_write_debug_Click);
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
+    action(view, "Setting_Summary", "&Setting summary...", [this] { Setting_Summary_Click(false); });
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -252,6 +253,12 @@ void BoostProgMain::Build_Window() {
     header->addWidget(CompLogo_);
     header->addSpacing(16);
     header->addWidget(Label_Comments_, 1);
+    // Semi-sequential fuel is called out where the tuner looks first.
+    Fuel_Mode_label_ = new QLabel(central);
+    Fuel_Mode_label_->setObjectName("Fuel_Mode_label");
+    Fuel_Mode_label_->setAlignment(Qt::AlignCenter);
+    header->addWidget(Fuel_Mode_label_);
+    header->addSpacing(16);
     header->addWidget(Version_label_);
     layout->addLayout(header);
 
@@ -440,6 +447,8 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "QX_Setting_Summary") {
+        form = Make_Setting_Summary_Window();
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
     } else if (name == "QX_Sensor_Editor") {

@@ -71,6 +71,8 @@ public:
 
     // Refreshes every view from the image (boost_prog_main_tables.cpp).
     void Update_All();
+    // The main window's word on sequential or semi-sequential fuel, from the layout.
+    void Show_Fuel_Mode();
     void Update_Tabs();
     void Show_Right_Tabs();
     void Init_Tabs();
@@ -130,6 +132,8 @@ public:
     void Stop_Logging_cmd_Click();
     void Log_Autostart(int index);
     double Logged_RPM();
+    // The setting summary viewer on the image, or on the settings of the log window's log.
+    void Setting_Summary_Click(bool log_settings = false);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -171,6 +175,7 @@ private:
     QWidget* Make_Transform_3D();
     // The open sensor viewer and size conversion follow the image.
     void Refresh_Sensor_Forms();
+    QWidget* Make_Setting_Summary_Window();
     void Build_Log_Window();
     // The settings form if it has been made, else null.
     class QX_settings* Settings_Form_If_Made();
@@ -199,6 +204,7 @@ private:
     QLabel* Version_label_ = nullptr;
     QLabel* Label_Comments_ = nullptr;
     QLabel* Label_Notification_ = nullptr;
+    QLabel* Fuel_Mode_label_ = nullptr;
     QLabel* CompLogo_ = nullptr;
     QPushButton* Connect_Info_ = nullptr;
     QPushButton* Read_Settings_ = nullptr;

@@ -6,6 +6,10 @@
 #include "ui/map_tabs.h"
 #include "ui/qx_settings.h"
 
+#include "app/tune_tools.h"
+
+#include <QLabel>
+
 #include <QTabWidget>
 
 namespace quorlen::ui {
@@ -28,11 +32,21 @@ void BoostProgMain::Update_All() {
     Tables_Context ctx = app_.Tables(*active_dialogs_);
     quorlen::Update_All(ctx);
     map_tabs_->Update_All();
+    Engine_Config_Follow_Image(app_.engine, app_.image);
+    Show_Fuel_Mode();
     // A hidden settings form catches up when it is shown.
     if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
         settings->Update_Settings();
     Refresh_Sensor_Forms();
     UpdateBusy_ = false;
+}
+
+void BoostProgMain::Show_Fuel_Mode() {
+    QString text = QString::fromStdString(app_.engine.Main_Fuel_label);
+    text.replace("\r\n", "\n");
+    Fuel_Mode_label_->setText(text);
+    Fuel_Mode_label_->setStyleSheet(app_.engine.Sequential_Fuel ? QString()
+                                                                : "color: #b00000; font-weight: bold;");
 }
 
 void BoostProgMain::Update_Tabs() {
@@ -44,6 +58,7 @@ void BoostProgMain::Update_Tabs() {
 void BoostProgMain::Init_Tabs() {
     Tables_Context ctx = app_.Tables(*active_dialogs_);
     quorlen::Init_Tabs(ctx);
+    Init_Engine_Config(app_);
     map_tabs_->Init_Tabs();
     map_tabs_->Update_Tabs();
 }

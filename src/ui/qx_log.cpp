@@ -93,6 +93,7 @@ Log_Context QX_Log::Ctx() {
         }
     };
     h.Read_Box_Settings = hooks_.Read_Box_Settings;
+    h.Settings_Summary = hooks_.Settings_Summary;
     h.Main_Controls_Enabled = hooks_.Main_Controls_Enabled;
     h.Main_Log_Caption = hooks_.Main_Log_Caption;
     h.Main_Status = hooks_.Main_Status;
@@ -105,6 +106,10 @@ Log_Context QX_Log::Ctx() {
 }
 
 // --- building -----------------------------------------------------------------------------
+
+void QX_Log::Setting_Summary_Click() {
+    if (hooks_.Show_Setting_Summary) hooks_.Show_Setting_Summary();
+}
 
 void QX_Log::Build() {
     setWindowTitle(QString::fromStdString(app_.program.Program_Title) + "Log");
@@ -150,6 +155,7 @@ void QX_Log::Build() {
     button("File_Save", "Save as...", &QX_Log::File_Save_As_Click);
     cmd_Clear_Logg_ = button("cmd_Clear_Logg", "Clear", &QX_Log::cmd_Clear_Logg_Click);
     button("cmd_Export_Log_qxs_settings", "Take settings", &QX_Log::cmd_Export_Log_qxs_settings_Click);
+    button("Setting_Summary", "Setting summary", &QX_Log::Setting_Summary_Click);
     layout->addLayout(top);
 
     auto* info = new QGroupBox("Log", this);

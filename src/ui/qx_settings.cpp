@@ -1,7 +1,9 @@
 #include "ui/qx_settings.h"
 
 #include "core/proc_guard.h"
+#include "ui/engine_config_box.h"
 #include "ui/map_axes_panel.h"
+#include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
 
 #include <QAbstractButton>
@@ -50,6 +52,11 @@ void QX_settings::showEvent(QShowEvent* event) {
 void QX_settings::Update_Settings() {
     Proc_Guard guard(app_.log, "Update settings form");
     showing_ = true;
+    // The layout first: its recommendation of teeth stands until the teeth slider has its say.
+    guard.Step([&] {
+        if (Engine_Config_frame_ != nullptr) Engine_Config_frame_->Follow_Image();
+        if (Model_preset_frame_ != nullptr) Model_preset_frame_->Show_Changes();
+    });
     guard.Step([&] {
         for (auto& row : rows_)
             Show_Row(*row);

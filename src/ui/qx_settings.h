@@ -36,6 +36,8 @@ class QVBoxLayout;
 
 namespace quorlen::ui {
 
+class Engine_Config_Box;
+class Model_Preset_Box;
 class Map_Axes_Panel;
 
 struct QX_settings_Hooks {
@@ -165,6 +167,8 @@ private:
     QLabel* Fuel_teeth_recomend_ = nullptr;
     QLabel* Forbidden_tooth_label_ = nullptr;
     QLabel* Analog_Input_Sensors_ = nullptr;
+    Engine_Config_Box* Engine_Config_frame_ = nullptr;
+    Model_Preset_Box* Model_preset_frame_ = nullptr;
     // The shape and axes of the fuel map (Fuel settings) and of the ignition map (Ignition).
     std::array<Map_Axes_Panel*, 2> axes_{};
     Settings_View view_;

@@ -1,7 +1,9 @@
 // Building the settings form: the tabs, the frames of each, the sliders and choices in them,
 // and the charts.
 
+#include "ui/engine_config_box.h"
 #include "ui/map_axes_panel.h"
+#include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
 #include "ui/qx_settings.h"
 
@@ -466,7 +468,13 @@ void QX_settings::Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QV
         slot->setObjectName("Engine_Config_slot");
         auto* slot_layout = new QVBoxLayout(slot);
         slot_layout->setContentsMargins(0, 0, 0, 0);
+        Engine_Config_frame_ = new Engine_Config_Box(app_, hooks_.Update_All, slot);
+        Engine_Config_frame_->Init();
+        slot_layout->addWidget(Engine_Config_frame_);
         left->insertWidget(0, slot);
+        Model_preset_frame_ = new Model_Preset_Box(app_, hooks_.Dialogs, hooks_.Update_All, page);
+        Model_preset_frame_->Init();
+        right->addWidget(Model_preset_frame_);
         QGridLayout* teeth = grid_of("Crank_Teeth_frame");
         Forbidden_tooth_label_ = new QLabel("This tooth is forbidden with the selected crank wheel", page);
         Forbidden_tooth_label_->setObjectName("Forbidden_tooth_label");

@@ -54,7 +54,7 @@ QTableWidgetItem* Cell(const QString& text, bool header) {
 }
 
 // The text grids as they stand: row 0 and column 0 are the axes.
-void Fill(QTableWidget* grid, const Text_Grid& texts) {
+void Fill(QTableWidget* grid, const Saved_Grid& texts) {
     grid->clearContents();
     grid->setRowCount(texts.rows);
     grid->setColumnCount(texts.cols);

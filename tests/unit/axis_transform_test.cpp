@@ -106,7 +106,7 @@ TEST_F(Shipped, TheFuelMapGoesTo21x16AndBackWithTheSameFuelAtEveryBreakpointBoth
 
 TEST_F(Shipped, BetweenBreakpointsTheMapIsInterpolatedAndBelowTheFirstSpeedFromTheLoad) {
     Save_transform(ctx, state);
-    const Text_Grid& saved = state.fuel.grid;
+    const Saved_Grid& saved = state.fuel.grid;
     // A quarter of the way up to the first speed, then half way between the first two.
     auto steps = Steps(Fuel().Rpm_Step(1), 19);
     ASSERT_EQ(steps[0], 8);
