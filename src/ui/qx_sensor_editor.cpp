@@ -55,6 +55,20 @@ QPushButton* Button(QWidget* parent, const char* name, const QString& caption, c
     return button;
 }
 
+// The items are set again only when they changed, since this runs with every refresh of the
+// image; the choice stays where it was as far as the list still reaches.
+void Set_Items(QComboBox* combo, const QStringList& items) {
+    QStringList now;
+    for (int k = 0; k < combo->count(); ++k)
+        now << combo->itemText(k);
+    if (now == items) return;
+    QSignalBlocker block(combo);
+    int index = combo->currentIndex();
+    combo->clear();
+    combo->addItems(items);
+    combo->setCurrentIndex(std::min(index, static_cast<int>(combo->count()) - 1));
+}
+
 void Set_Text(QLineEdit* edit, const std::string& text) {
     QString t = From_8bit(text);
     if (edit->text() != t) edit->setText(t);
@@ -364,34 +378,22 @@ void QX_Sensor_Editor::Show_Selections() {
     for (int i = 1; i <= Analog_Inputs; ++i) {
         QComboBox* combo = AN_Combo_[static_cast<std::size_t>(i)];
         QSignalBlocker block(combo);
-        QStringList items;
-        for (int k = 0; k < combo->count(); ++k)
-            items << combo->itemText(k);
-        if (items != names) {
-            combo->clear();
-            combo->addItems(names);
-        }
+        Set_Items(combo, names);
         combo->setCurrentIndex(in.An_Combo_Index[static_cast<std::size_t>(i)]);
     }
-
-    QSignalBlocker tuning_block(View_Tuning_Sensor_Combo_);
-    int tuning = View_Tuning_Sensor_Combo_->currentIndex();
-    View_Tuning_Sensor_Combo_->clear();
+    QStringList tuning;
     for (const std::string& item : in.Sensor_View_List)
-        View_Tuning_Sensor_Combo_->addItem(From_8bit(item));
-    View_Tuning_Sensor_Combo_->setCurrentIndex(std::min(tuning, View_Tuning_Sensor_Combo_->count() - 1));
-
-    QSignalBlocker log_block(View_Log_Sensor_Combo_);
-    int log_row = View_Log_Sensor_Combo_->currentIndex();
-    View_Log_Sensor_Combo_->clear();
+        tuning << From_8bit(item);
+    Set_Items(View_Tuning_Sensor_Combo_, tuning);
+    QStringList log_sensors;
     if (hooks_.Log) {
         const Log_State& log = hooks_.Log();
         for (int r = 0; r < log.Log_Sens_Count; ++r) {
             const Log_Sensor_Row& row = log.Log_Sens_Tab[static_cast<std::size_t>(r)];
-            View_Log_Sensor_Combo_->addItem(From_8bit(row[0] + ", " + row[1]));
+            log_sensors << From_8bit(row[0] + ", " + row[1]);
         }
     }
-    View_Log_Sensor_Combo_->setCurrentIndex(std::min(log_row, View_Log_Sensor_Combo_->count() - 1));
+    Set_Items(View_Log_Sensor_Combo_, log_sensors);
 }
 
 std::vector<std::pair<QLineEdit*, std::string*>> QX_Sensor_Editor::Fields() {
