@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <memory>
 
 namespace quorlen {
 namespace {
@@ -24,7 +25,6 @@ protected:
         ASSERT_TRUE(loaded.Load(Data + "/RZ400_800M3_Default_Settings.qxs"));
         app.image.ChangedByte.fill(0);
     }
-    void TearDown() override { std::fclose(err); }
 
     Map_Block Fuel() const { return Head_Block(app.image, Map_Head::Fuel); }
     void Set_Steps(int first, const std::vector<int>& steps) {
@@ -47,8 +47,9 @@ protected:
         return cells;
     }
 
-    std::FILE* err = std::tmpfile();
-    cli::Cli_Tables loaded{err, Data + "/RZ400_800M3.ini"};
+    // Closed after `loaded`, which writes what it logged there as it goes.
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> err{std::tmpfile(), &std::fclose};
+    cli::Cli_Tables loaded{err.get(), Data + "/RZ400_800M3.ini"};
     App_Context& app = loaded.app;
     Tables_Context tables = loaded.Context();
     Table_Hooks hooks{[this] { Update_Tabs(tables); }, [this] { Show_Right_Tabs(tables); },
@@ -230,6 +231,10 @@ TEST_F(Shipped, TheThrottleCalibrationLaysOutTheLoadOfAThrottleMap) {
 }
 
 TEST_F(Shipped, AnotherCoolantSensorKeepsTheTemperaturesAndOnlyThose) {
+    // The choice is written to the configuration: a copy of it.
+    test::Temp_Dir dir;
+    test::Write_File(dir.File("q.ini"), test::Read_File(Data + "/RZ400_800M3.ini"));
+    app.ini = Ini_File(dir.File("q.ini"), dir.File("QXS.new"));
     Analog_Choice_Context choice{app.sensors, app.image,      app.ini, app.texts,
                                  app.log,     loaded.dialogs, app.undo};
     const int bosch = app.sensors.Sensor_Of_Input(4);
@@ -262,6 +267,8 @@ TEST_F(Shipped, AnotherCoolantSensorKeepsTheTemperaturesAndOnlyThose) {
     }
     EXPECT_GE(inside, 3);
     EXPECT_EQ(app.image.CardByte[887], 15);
+    EXPECT_EQ(app.ini.Read_Ini("an_sel4"), "15");
+    EXPECT_EQ(app.ini.Read_Ini("an_sel3"), "8");
 }
 
 TEST(Physical, PwmMapsOnTheCoolantInputAreNamed) {
