@@ -22,6 +22,10 @@ bool Equal_No_Case(std::string_view a, std::string_view b) {
     return true;
 }
 
+bool Ends_With_No_Case(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && Equal_No_Case(text.substr(text.size() - end.size()), end);
+}
+
 double Val(std::string_view text) {
     std::size_t i = 0;
     while (i < text.size() && Is_Blank(text[i]))

@@ -46,4 +46,16 @@ public:
     virtual std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup& setup) = 0;
 };
 
+// Nobody at the screen: what is said goes nowhere, a question takes its first button, a file
+// dialog is cancelled. For work done again behind the person's back (a log calculated anew),
+// and for benchmarks.
+class Silent_Dialogs final : public User_Dialogs {
+public:
+    void Inform(const std::string&) override {}
+    Answer Ask_Ok_Cancel(const std::string&) override { return Answer::Ok; }
+    Answer Ask_Yes_No(const std::string&) override { return Answer::Yes; }
+    std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup&) override { return std::nullopt; }
+    std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
+};
+
 } // namespace quorlen

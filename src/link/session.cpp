@@ -77,7 +77,10 @@ void Check_connection_timer(Link_Context& c) {
         Call(c.hooks.Show_Right_Tabs_Adjust_Current_Frame);
         return;
     }
-    if (c.flags.Write_In_Progress || c.flags.Link_Busy || c.flags.Connect_Info_Busy) return;
+    // The high-speed capture owns the port while it streams; the poll waits until it ends.
+    if (c.flags.Write_In_Progress || c.flags.Link_Busy || c.flags.Connect_Info_Busy ||
+        c.flags.HS_Logging_Active)
+        return;
 
     Proc_Guard guard(c.log, "Check connection timer ");
     c.flags.Connection_Check_Busy = true;

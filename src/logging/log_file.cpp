@@ -5,8 +5,10 @@
 #include "core/run_error.h"
 #include "image/scaling.h"
 #include "logging/log_calc.h"
+#include "logging/log_chart.h"
 #include "logging/log_settings.h"
 #include "logging/log_signals.h"
+#include "logging/log_study.h"
 #include "logging/log_text.h"
 
 #include <algorithm>
@@ -129,8 +131,8 @@ bool QX_Info_Data_File_Test(Log_Context& ctx) {
         }
         log.form.txt_Log_Length = Log_Length_Text(static_cast<int>(rows));
         if (!log.Reading_Compare) {
-            log.First_Shown_Row = 1;
-            log.Last_Shown_Row = static_cast<int>(rows);
+            log.window.Zoom_Start = 1;
+            log.window.Zoom_Stop = static_cast<int>(rows);
         }
         ok = true;
     });
@@ -217,6 +219,7 @@ void QX_Log_Data_Read(Log_Context& ctx) {
         else
             log.Last_Row = accepted;
         Calculate_Extended_Signals(ctx, data, accepted);
+        ++log.Data_Version;
     });
     guard.Step([&] {
         if (log.Reading_Compare)
@@ -265,6 +268,15 @@ bool Open_File(Log_Context& ctx, const std::string& path, bool keep_dir) {
     guard.Step([&] { Read_Log_Sens_Def(log); });
     guard.Step([&] { Read_Log_Settings(ctx); });
     guard.Step([&] { QX_Log_Data_Read(ctx); });
+    guard.Step([&] {
+        // A log opened on its own ends a comparison; its saved window is held inside its rows.
+        if (log.Reading_Compare) return;
+        Close_Compare(log);
+        // A window of one row or none, as the default settings carry, shows the whole log.
+        Chart_Window& w = log.window;
+        if (w.Zoom_Stop <= w.Zoom_Start) w = Zoom_All(Limits_Of(log));
+        w = Settle(w, Limits_Of(log));
+    });
     log.Log_File_Text.clear();
     log.Log_File_Text.shrink_to_fit();
     guard.Step([&] {
@@ -351,8 +363,8 @@ std::string Fast_Save_Long_Log_File(Log_Context& ctx) {
             t += std::string(Data_End_Tag) + "\r\n";
         }
         log.Last_Row = cap.Log_Row_Count;
-        log.First_Shown_Row = 1;
-        log.Last_Shown_Row = log.Last_Row;
+        log.window.Zoom_Start = 1;
+        log.window.Zoom_Stop = log.Last_Row;
         log.form.txt_Log_Length = Log_Length_Text(cap.Log_Row_Count);
         log.Unsaved = true;
         Log_File_Auto_Save(ctx);

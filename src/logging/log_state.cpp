@@ -30,6 +30,11 @@ double Log_Array::operator()(int row, int column) const {
     return values_[static_cast<std::size_t>(row * Log_Data_Columns + column)];
 }
 
+const double* Log_Array::Row(int row) const {
+    if (row < 0 || row > Log_Row_Limit) throw errors::Subscript_Out_Of_Range();
+    return values_.data() + static_cast<std::size_t>(row * Log_Data_Columns);
+}
+
 double Log_Array::Num(int row, int column) const {
     const double v = (*this)(row, column);
     return Empty(v) ? 0.0 : v;

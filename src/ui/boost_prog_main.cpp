@@ -14,6 +14,7 @@
 #include "ui/qx_3dmap.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
+#include "ui/qx_rpm.h"
 #include "ui/qx_settings.h"
 #include "ui/qx_verify_frm.h"
 #include "ui/rw_panel.h"
@@ -114,7 +115,12 @@ BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options
     Build_Window();
 }
 
-BoostProgMain::~BoostProgMain() = default;
+BoostProgMain::~BoostProgMain() {
+    // The child windows read the program's state to their last moment (a running log is ended
+    // on the way out): they go while it is still there, not after it with the widget tree.
+    for (auto& [name, form] : forms_)
+        delete form.data();
+}
 
 // --- window structure -------------------------------------------------------------------
 
@@ -153,6 +159,10 @@ void BoostProgMain::Build_Menus() {
     action(view, "View_write_debug", "&Communication report", &BoostProgMain::View_write_debug_Click);
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
     action(view, "Setting_Summary", "&Setting summary...", [this] { Setting_Summary_Click(false); });
+    action(view, "View_Log", "&Log window...", &BoostProgMain::View_Log_Click);
+    view->addSeparator();
+    action(view, "mnu_HS_Log", "&High speed logging...", &BoostProgMain::mnu_HS_Log_Click);
+    action(view, "mnu_CrankView", "&Crank wheel...", &BoostProgMain::mnu_CrankView_Click);
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -198,7 +208,11 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     Com_Open_ = button("Com_Open", "Open port", 1, 0);
     Com_Close_ = button("Com_Close", "Close port", 1, 1);
     Stop_Logging_cmd_ = button("Stop_Logging_cmd", "START LOGGING", 1, 3);
-    box_layout->setColumnStretch(4, 1);
+    // How long the engine has run, as a binary log tells it.
+    Engine_On_label_ = new QLabel(box);
+    Engine_On_label_->setObjectName("Engine_On_label");
+    box_layout->addWidget(Engine_On_label_, 1, 4);
+    box_layout->setColumnStretch(5, 1);
     // The box commands stay disabled until the load has finished.
     Set_Command_Buttons_Enabled(false);
     Stop_Logging_cmd_->setEnabled(false);
@@ -447,8 +461,15 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "QX_Log_HS") {
+        form = Make_HS_Log_Window();
+    } else if (name == "QX_CrankView") {
+        form = Make_Crank_View();
     } else if (name == "QX_Setting_Summary") {
         form = Make_Setting_Summary_Window();
+    } else if (name == "QX_RPM") {
+        form = new QX_RPM(
+            app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
     } else if (name == "QX_Sensor_Editor") {

@@ -113,6 +113,12 @@ public:
     void Write_bin_command_cmd_Click();
     void Clear_Err_Counters_cmd_Click();
 
+    // The high-speed log window and the crank viewer (boost_prog_main_hslog.cpp).
+    void mnu_HS_Log_Click();
+    void mnu_CrankView_Click();
+    // The viewer follows the layout, setting 18 and the capture on show.
+    void Refresh_Crank_View();
+
     // The Mapchip tab: the card in the box and the card readers (boost_prog_main_cards.cpp).
     void Check_Card_Present_cmd_Click();
     void Read_Card_Inbox_cmd_Click();
@@ -134,6 +140,7 @@ public:
     double Logged_RPM();
     // The setting summary viewer on the image, or on the settings of the log window's log.
     void Setting_Summary_Click(bool log_settings = false);
+    void View_Log_Click();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -171,6 +178,8 @@ private:
     void Run_Settings(void (*procedure)(Settings_Context&));
     void Show_Rw_State();
     QWidget* Make_Log_Window();
+    QWidget* Make_HS_Log_Window();
+    QWidget* Make_Crank_View();
     QWidget* Make_Sensor_Editor();
     QWidget* Make_Transform_3D();
     // The open sensor viewer and size conversion follow the image.
@@ -213,6 +222,7 @@ private:
     QPushButton* Com_Open_ = nullptr;
     QPushButton* Com_Close_ = nullptr;
     QPushButton* Stop_Logging_cmd_ = nullptr;
+    QLabel* Engine_On_label_ = nullptr;
     QAction* Help_wwwlink_ = nullptr;
     QAction* Online_mnu_ = nullptr;
     QAction* Engine_OnOff_mnu_ = nullptr;

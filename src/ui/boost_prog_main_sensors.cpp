@@ -19,7 +19,6 @@ QWidget* BoostProgMain::Make_Sensor_Editor() {
     };
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_scroll_change = [this] { Update_scroll_change(); };
-    hooks.Log = [this]() -> Log_State& { return static_cast<QX_Log*>(Form("QX_Log"))->State(); };
     hooks.Start_Logging = [this] {
         auto* log = static_cast<QX_Log*>(Form("QX_Log"));
         if (!log->Logging()) log->cmd_Open_Com_Click();

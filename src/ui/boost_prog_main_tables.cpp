@@ -37,6 +37,7 @@ void BoostProgMain::Update_All() {
     // A hidden settings form catches up when it is shown.
     if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
         settings->Update_Settings();
+    Refresh_Crank_View();
     Refresh_Sensor_Forms();
     UpdateBusy_ = false;
 }

@@ -386,12 +386,10 @@ void QX_Sensor_Editor::Show_Selections() {
         tuning << From_8bit(item);
     Set_Items(View_Tuning_Sensor_Combo_, tuning);
     QStringList log_sensors;
-    if (hooks_.Log) {
-        const Log_State& log = hooks_.Log();
-        for (int r = 0; r < log.Log_Sens_Count; ++r) {
-            const Log_Sensor_Row& row = log.Log_Sens_Tab[static_cast<std::size_t>(r)];
-            log_sensors << From_8bit(row[0] + ", " + row[1]);
-        }
+    const Log_State& log = *app_.log_state;
+    for (int r = 0; r < log.Log_Sens_Count; ++r) {
+        const Log_Sensor_Row& row = log.Log_Sens_Tab[static_cast<std::size_t>(r)];
+        log_sensors << From_8bit(row[0] + ", " + row[1]);
     }
     Set_Items(View_Log_Sensor_Combo_, log_sensors);
 }
@@ -533,8 +531,7 @@ Sensor_Save_Hooks QX_Sensor_Editor::Save_Hooks() {
         Show_Selections();
     };
     h.Save_Log_Sensor = [this](const Log_Sensor_Row& row) {
-        if (!hooks_.Log) return -1;
-        Log_State& log = hooks_.Log();
+        Log_State& log = *app_.log_state;
         int r = Store_Log_Sensor(log.Log_Sens_Tab, log.Log_Sens_Count, row);
         if (r >= 0 && hooks_.Log_Sensors_Changed) hooks_.Log_Sensors_Changed();
         Show_Selections();
@@ -565,8 +562,7 @@ void QX_Sensor_Editor::View_Tuning_Sensor_Combo_Click(int index) {
 }
 
 void QX_Sensor_Editor::View_Log_Sensor_Combo_Click(int index) {
-    if (!hooks_.Log) return;
-    const Log_State& log = hooks_.Log();
+    const Log_State& log = *app_.log_state;
     if (index < 0 || index >= log.Log_Sens_Count) return;
     View_Log_Sensor(editor_, log.Log_Sens_Tab[static_cast<std::size_t>(index)]);
     Show_Fields();
@@ -593,11 +589,8 @@ void QX_Sensor_Editor::cmd_Rev_Calc_Click() {
 TPS_Hooks QX_Sensor_Editor::Tps_Hooks() {
     TPS_Hooks h;
     h.Start_Logging = hooks_.Start_Logging;
-    h.Logging_Running = [this] { return hooks_.Log && hooks_.Log().capture.Logging_Running; };
-    h.Live_Raw = [this]() -> std::optional<int> {
-        if (!hooks_.Log) return std::nullopt;
-        return Live_Raw_Input(hooks_.Log(), 2);
-    };
+    h.Logging_Running = [this] { return app_.log_state->capture.Logging_Running; };
+    h.Live_Raw = [this] { return Live_Raw_Input(*app_.log_state, 2); };
     h.Save_Sensor = [this] {
         Sensor_Save_Context ctx{editor_,    app_.sensors, app_.image,      app_.ini,
                                 app_.texts, app_.log,     hooks_.Dialogs()};

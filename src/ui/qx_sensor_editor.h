@@ -29,7 +29,6 @@ class QLineSeries;
 
 namespace quorlen {
 struct App_Context;
-struct Log_State;
 } // namespace quorlen
 
 namespace quorlen::ui {
@@ -42,9 +41,7 @@ struct Sensor_Editor_Hooks {
     std::function<void()> Update_Tabs;
     std::function<void()> Update_All;
     std::function<void()> Update_scroll_change;
-    // The log window's state, the start of a log there, and its lists after a log sensor
-    // was stored.
-    std::function<Log_State&()> Log;
+    // The start of a log in the log window, and its lists after a log sensor was stored.
     std::function<void()> Start_Logging;
     std::function<void()> Log_Sensors_Changed;
 };

@@ -76,7 +76,8 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
 Box::Box(Box_Config config, Box_Faults faults)
     : config_(std::move(config)), faults_(faults), card_(Card_From(config_.image), faults.card_silence_after),
       stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200},
-              config_.throttle) {
+              config_.throttle),
+      hs_(HS_Faults{faults.hs_bad_check, faults.hs_gap_at, std::chrono::milliseconds(500)}) {
     memory_ = config_.image;
     committed_ = config_.image;
     slave_ = config_.slave_image;
@@ -101,13 +102,14 @@ std::string Box::Tick(Time now) {
         Emit(out, "E");
     }
     Emit(out, stream_.Tick(now));
+    Emit(out, hs_.Tick(now));
     return out;
 }
 
 Time Box::Next_Deadline() const {
     if (state_ == State::Frame_Header || state_ == State::Frame_Data)
-        return std::min(last_frame_byte_ + Frame_Gap, stream_.Next_Deadline());
-    return stream_.Next_Deadline();
+        return std::min({last_frame_byte_ + Frame_Gap, stream_.Next_Deadline(), hs_.Next_Deadline()});
+    return std::min(stream_.Next_Deadline(), hs_.Next_Deadline());
 }
 
 bool Box::Continues(char c) const {
@@ -155,6 +157,11 @@ void Box::Take(char c, Time now, std::string& out) {
         return;
     }
 
+    // The high-speed stream fills the line; the box listens only for the blank that ends it.
+    if (hs_.Active()) {
+        if (c == ' ') hs_.Stop();
+        return;
+    }
     if (card_.Writing()) {
         Take_Card(c, out);
         return;
@@ -307,10 +314,10 @@ void Box::Take(char c, Time now, std::string& out) {
     case State::Idle:
         break;
     }
-    Take_Idle(c, out);
+    Take_Idle(c, now, out);
 }
 
-void Box::Take_Idle(char c, std::string& out) {
+void Box::Take_Idle(char c, Time now, std::string& out) {
     switch (c) {
     case 'v': {
         const bool i2c = faults_.i2c_timeouts < 0 || banners_ < faults_.i2c_timeouts;
@@ -322,6 +329,9 @@ void Box::Take_Idle(char c, std::string& out) {
     }
     case 'g':
         Emit(out, "g\r\n");
+        return;
+    case 'd':
+        Emit(out, hs_.Start(Plan_For(config_.hs, memory_), static_cast<int>(line_baud_ / 10), now));
         return;
     case 'r':
         state_ = State::After_r;

@@ -42,6 +42,14 @@ bool Parse_Counters(const std::string& text, std::vector<std::pair<int, int>>& i
     return true;
 }
 
+bool Check_Wheel(const std::string& text, std::string& error) {
+    if (Parse_Wheel(text).positions == 0) {
+        error = "--hs-wheel wants teeth and missing teeth, e.g. 36-1 or 60-2";
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::string Usage() {
@@ -70,6 +78,14 @@ std::string Usage() {
                "  --errors A=V,...       master error counters (A 1011..1022; V decimal or 0x..)\n"
                "  --slave-errors A=V,... the slave's error counters\n"
                "  --wire-baud N          pace both directions like a line of N baud (10 bits a character)\n"
+               "  --hs-rpm N             engine speed of the high-speed stream (\"d\"), 1..20000 (default "
+               "300)\n"
+               "  --hs-wheel N-M         crank wheel of that stream, e.g. 60-2 (default: the wheel of the\n"
+               "                         image's engine layout in the configuration file; a layout\n"
+               "                         without a cam sensor still gets a cam pulse every two turns)\n"
+               "  --hs-pwm-hz N          frequency of PWM 1 in that stream (default 25)\n"
+               "  --ini FILE             configuration file with the Engine_Config rows (default: the\n"
+               "                         shipped RZ400_800M3.ini)\n"
                "  --trace FILE           log every character in and out: seconds since start,\n"
                "                         \"in\" (to the box), \"out\" (from it) or \"fault\", then the text\n"
                "  --fault KIND[@N]       inject a fault, see below\n"
@@ -165,6 +181,16 @@ std::optional<Options> Parse_Options(const std::vector<std::string>& args, std::
             ok = value(text) && Parse_Counters(text, o.slave_errors, error);
         } else if (name == "--wire-baud") {
             ok = number(o.wire_baud, 50, 10000000);
+        } else if (name == "--hs-rpm") {
+            ok = number(n, 1, 20000);
+            o.box.hs.rpm = static_cast<double>(n);
+        } else if (name == "--hs-wheel") {
+            ok = value(o.box.hs.wheel) && Check_Wheel(o.box.hs.wheel, error);
+        } else if (name == "--hs-pwm-hz") {
+            ok = number(n, 0, 10000);
+            o.box.hs.pwm_hz = static_cast<double>(n);
+        } else if (name == "--ini") {
+            ok = value(o.ini_path);
         } else if (name == "--fault") {
             ok = value(text) && Add_Fault(text, o.box_faults, o.line_faults, error);
         } else if (name == "--help" || name == "-h") {
