@@ -46,7 +46,9 @@ public:
         while (live() != full && waited.elapsed() < 15000)
             QTest::qWait(50);
     }
-    void Warn(const std::string& text) override { Say(text, QMessageBox::Critical); }
+    void Show_Message(Icon icon, const std::string& text) override {
+        Say(text, icon == Icon::Stop ? QMessageBox::Critical : QMessageBox::Information);
+    }
     Answer Ask_Ok_Cancel(const std::string& text) override {
         Say(text, QMessageBox::Question);
         return Answer::Ok;

@@ -305,7 +305,7 @@ TEST_F(Calibration, ALogThatWillNotStartDoesNothingAndOneThatStopsEndsIt) {
     Tick();
     running = false;
     Tick();
-    EXPECT_EQ(dialogs.informed.back(), TPS_No_Log_Text);
+    EXPECT_EQ(dialogs.warned, std::vector<std::string>{TPS_No_Log_Text}); // with the stop sign
     EXPECT_EQ(c.TPS_Calib_State, 0);
     EXPECT_FALSE(c.TPS_Timer_Enabled);
 }
