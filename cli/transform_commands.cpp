@@ -110,7 +110,7 @@ int Transform_Command(const std::vector<std::string>& args, std::FILE* out, std:
     Print_Axes(out, "old", Rpm_Axis_Texts(axis, head), Load_Axis_Texts(axis, head));
 
     // Step 2: the shape, then the spacing.
-    Map_Size_Click(tables, app.undo, head, *index, hooks);
+    Map_Size_Click(tables, head, *index, hooks);
     if (a->rpm_scroll) d_3D_RPM_scroll_Change(axis, head, *a->rpm_scroll, hooks);
     if (a->map_scroll) d_3D_MAP_scroll_Change(axis, head, *a->map_scroll, hooks);
 

@@ -305,10 +305,7 @@ bool Convert_Ign_Transform(const Axis_Context& ctx, Transform_State& state, cons
 
 // --- step 2 -----------------------------------------------------------------------------------
 
-void Map_Size_Click(Tables_Context& ctx, Undo_List& undo, Map_Head head, int index,
-                    const Table_Hooks& hooks) {
-    int current = head == Map_Head::Fuel ? Fuel_Size_Index(ctx.image) : Ign_Size_Index(ctx.image);
-    if (index != current) save_to_undolist(undo, ctx.image);
+void Map_Size_Click(Tables_Context& ctx, Map_Head head, int index, const Table_Hooks& hooks) {
     if (head == Map_Head::Fuel)
         FUEL_3D_MAP_Size_Combo_Click(ctx, index, hooks);
     else

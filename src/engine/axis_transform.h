@@ -89,9 +89,9 @@ bool Convert_Ign_Transform(const Axis_Context& ctx, Transform_State& state, cons
 
 // --- step 2: the shape and the axes -----------------------------------------------------------------
 
-// FUEL_3D_MAP_Size_Combo, Ign_3D_MAP_Size_Combo: an undo snapshot, then the new shape; the
+// FUEL_3D_MAP_Size_Combo, Ign_3D_MAP_Size_Combo: the new shape (after an undo snapshot); the
 // bytes stay where they are, so the map is to be saved first.
-void Map_Size_Click(Tables_Context& ctx, Undo_List& undo, Map_Head head, int index, const Table_Hooks& hooks);
+void Map_Size_Click(Tables_Context& ctx, Map_Head head, int index, const Table_Hooks& hooks);
 
 // One step byte after a button, for step i (1-based) of its axis. The first step is a plain
 // offset that the buttons move by one; every other step doubles up to 128 or halves down to

@@ -173,7 +173,7 @@ bool Map_Axes_Panel::eventFilter(QObject* watched, QEvent* event) {
 
 void Map_Axes_Panel::Size_Combo_Click(int index) {
     Tables_Context ctx = app_.Tables(hooks_.Dialogs());
-    Map_Size_Click(ctx, app_.undo, head_, index, Hooks());
+    Map_Size_Click(ctx, head_, index, Hooks());
     Refresh();
 }
 

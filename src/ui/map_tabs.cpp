@@ -239,7 +239,7 @@ QWidget* Map_Tabs::Build_Main_Map(QWidget* page, Table_Id id) {
     connect(combo, &QComboBox::activated, this, [this, fuel](int index) {
         Tables_Context ctx = Context();
         Table_Hooks hooks{hooks_.Update_Tabs, hooks_.Show_Right_Tabs, hooks_.Update_All};
-        Map_Size_Click(ctx, app_.undo, fuel ? Map_Head::Fuel : Map_Head::Ignition, index, hooks);
+        Map_Size_Click(ctx, fuel ? Map_Head::Fuel : Map_Head::Ignition, index, hooks);
     });
     return page;
 }

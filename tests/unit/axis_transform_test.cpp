@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 
@@ -80,7 +81,7 @@ TEST_F(Shipped, TheFuelMapGoesTo21x16AndBackWithTheSameFuelAtEveryBreakpointBoth
     const auto load_steps = Steps(Fuel().Load_Step(1), 18);
 
     Save_transform(ctx, state);
-    Map_Size_Click(tables, app.undo, Map_Head::Fuel, 1, hooks);
+    Map_Size_Click(tables, Map_Head::Fuel, 1, hooks);
     ASSERT_EQ(Fuel().cols, 21);
     // The speeds of the old axis and two more above; the first 16 loads.
     auto wider = rpm_steps;
@@ -96,7 +97,7 @@ TEST_F(Shipped, TheFuelMapGoesTo21x16AndBackWithTheSameFuelAtEveryBreakpointBoth
     EXPECT_EQ(converted.at({rpm[20], load[5]}), converted.at({rpm[18], load[5]}));
 
     Save_transform(ctx, state);
-    Map_Size_Click(tables, app.undo, Map_Head::Fuel, 0, hooks);
+    Map_Size_Click(tables, Map_Head::Fuel, 0, hooks);
     Set_Steps(Fuel().Rpm_Step(1), rpm_steps);
     Set_Steps(Fuel().Load_Step(1), load_steps);
     ASSERT_TRUE(Convert_Transform(ctx, state, hooks));
@@ -132,6 +133,37 @@ TEST_F(Shipped, ConvertingWithNothingSavedChangesNothing) {
     auto before = app.image.CardByte;
     EXPECT_FALSE(Convert_Ign_Transform(ctx, state, hooks));
     EXPECT_EQ(app.image.CardByte, before);
+}
+
+// Each change is one step back: the snapshot holds the image from before the change.
+TEST_F(Shipped, UndoTakesEachAxisChangeBackWhole) {
+    test::Temp_Dir dir; // the sensor choice writes the configuration
+    test::Write_File(dir.File("q.ini"), test::Read_File(Data + "/RZ400_800M3.ini"));
+    app.ini = Ini_File(dir.File("q.ini"), dir.File("QXS.new"));
+    Analog_Choice_Context choice{app.sensors, app.image,      app.ini, app.texts,
+                                 app.log,     loaded.dialogs, app.undo};
+    app.image.CardByte[174] =
+        static_cast<std::uint8_t>((app.image.CardByte[174] & 0xF0) | 2); // fuel on throttle
+    hooks.Update_Tabs();
+    Save_transform(ctx, state);
+    const std::vector<std::function<void()>> changes = {
+        [&] { Map_Size_Click(tables, Map_Head::Fuel, 1, hooks); },
+        [&] { ASSERT_TRUE(Convert_Transform(ctx, state, hooks)); },
+        [&] { d_3D_RPM_scroll_Change(ctx, Map_Head::Fuel, 4, hooks); },
+        [&] { Table_Insert(ctx, Map_Head::Fuel, Axis_Focus::Map, 2, 4, hooks); },
+        [&] { Throttle_Load_Steps(ctx, 20, 230, hooks); },
+        [&] { Sensor_Choice_Click(choice, 3, 13, {}); },
+    };
+    std::vector<decltype(app.image.CardByte)> before;
+    for (const auto& change : changes) {
+        before.push_back(app.image.CardByte);
+        change();
+        EXPECT_NE(app.image.CardByte, before.back()) << before.size();
+    }
+    for (auto it = before.rbegin(); it != before.rend(); ++it) {
+        edit_undo_Click(app.undo, app.image, hooks.Update_All);
+        EXPECT_EQ(app.image.CardByte, *it) << before.rend() - it;
+    }
 }
 
 TEST_F(Shipped, TheSlidersSetEveryStepAndTheButtonsOnlyTheSelectedOnes) {
