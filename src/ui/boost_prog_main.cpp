@@ -651,15 +651,17 @@ void BoostProgMain::File_save_as_Click() {
 }
 
 // After a step back or forth the next digit starts a new number, as after a move of the
-// cursor: it must not go on with a number the image no longer shows.
+// cursor: it must not go on with a number the image no longer shows. The step may bring back
+// another sensor on an input or another load on a map, so the inputs and the tabs follow the
+// image before the maps are drawn through them.
 void BoostProgMain::edit_undo_Click() {
-    quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Analog_Follows_Image(); });
     Grid_RowColChange(app_.tables);
     Undo_Menu_Follows();
 }
 
 void BoostProgMain::edit_redo_Click() {
-    quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Analog_Follows_Image(); });
     Grid_RowColChange(app_.tables);
     Undo_Menu_Follows();
 }

@@ -85,6 +85,13 @@ TEST_F(Sensor_Forms, AnInputTakesItsSensorFromTheListAndTheTablesFollow) {
     EXPECT_EQ(app.ini.Read_Ini("an_sel3"), "13");
     EXPECT_NE(app.tables.Fuel_Load_Text, loads_before);
     EXPECT_FALSE(app.tables.Fuel_Load_Text.empty());
+    // A step back brings the old sensor back on the input, and the axis read through it.
+    window->findChild<QAction*>("edit_undo")->trigger();
+    EXPECT_EQ(app.sensors.inputs.An_Sel[3], 3);
+    EXPECT_EQ(map->currentIndex(), 3);
+    EXPECT_EQ(app.tables.Fuel_Load_Text, loads_before);
+    window->findChild<QAction*>("edit_redo")->trigger();
+    EXPECT_EQ(app.sensors.inputs.An_Sel[3], 13);
     // The list follows the image when another one is loaded.
     window->App().image.CardByte[886] = 8;
     window->Analog_Follows_Image();
