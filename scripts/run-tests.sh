@@ -15,6 +15,8 @@ cmake --build --preset "$preset"
 export QT_QPA_PLATFORM=offscreen
 if command -v xvfb-run >/dev/null; then
     export QUORLEN_TEST_PLATFORM=xcb LIBGL_ALWAYS_SOFTWARE=1
-    exec xvfb-run -a -s "-screen 0 1920x1200x24" ctest --preset "$preset" -j "$(nproc)"
+    # -a takes the first free display from -n on; a start of our own keeps two runs on one
+    # machine from taking the same display at the same moment.
+    exec xvfb-run -a -n $((100 + $$ % 800)) -s "-screen 0 1920x1200x24" ctest --preset "$preset" -j "$(nproc)"
 fi
 ctest --preset "$preset" -j "$(nproc)"
