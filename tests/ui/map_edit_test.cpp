@@ -23,9 +23,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSet>
 #include <QRadioButton>
 #include <QScrollBar>
+#include <QSet>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
