@@ -5,6 +5,7 @@
 #include "core/identity.h"
 #include "core/proc_guard.h"
 #include "core/window_size.h"
+#include "tables/cell_entry.h"
 #include "tables/undo_list.h"
 #include "ui/autoguide_dialog.h"
 #include "ui/card_panel.h"
@@ -12,6 +13,7 @@
 #include "ui/link_panel.h"
 #include "ui/map_tabs.h"
 #include "ui/qx_3dmap.h"
+#include "ui/qx_autosetup_frm.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
 #include "ui/qx_rpm.h"
@@ -40,6 +42,8 @@
 #include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <filesystem>
 
 #ifndef QUORLEN_VERSION
 #define QUORLEN_VERSION "0.0.0"
@@ -112,6 +116,7 @@ BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options
     dialogs_ = std::make_unique<Qt_User_Dialogs>(this, "Quorlen");
     dialogs_->Set_Unattended(options_.unattended);
     active_dialogs_ = dialogs_.get();
+    open_url_ = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     Build_Window();
 }
 
@@ -143,12 +148,15 @@ void BoostProgMain::Build_Menus() {
 
     QMenu* edit = menuBar()->addMenu("&Edit");
     edit->setObjectName("Edit_menu");
-    action(edit, "edit_undo", "&Undo", &BoostProgMain::edit_undo_Click, QKeySequence::Undo);
-    action(edit, "edit_redo", "&Redo", &BoostProgMain::edit_redo_Click, QKeySequence::Redo);
+    edit_undo_ = action(edit, "edit_undo", "&Undo", &BoostProgMain::edit_undo_Click, QKeySequence::Undo);
+    edit_redo_ = action(edit, "edit_redo", "&Redo", &BoostProgMain::edit_redo_Click, QKeySequence::Redo);
+    // Also when the menu opens: an edit elsewhere may have changed what they can do.
+    connect(edit, &QMenu::aboutToShow, this, &BoostProgMain::Undo_Menu_Follows);
 
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
     action(settings, "mnu_Settings", "&Engine settings...", [this] { Show_Settings(); });
+    action(settings, "mnu_AutoSetup", "&Auto Setup...", [this] { Show_AutoSetup(); });
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
 
     QMenu* view = menuBar()->addMenu("&View");
@@ -189,6 +197,10 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     mapchip->setObjectName("Mapchip_Communication");
     SSTab_Communication_->addTab(box, "RZ-box");
     SSTab_Communication_->addTab(mapchip, "Mapchip");
+    connect(SSTab_Communication_, &QTabWidget::tabBarClicked, this, [this](int index) {
+        if (QWidget* tab = SSTab_Communication_->widget(index))
+            app_.ini.Write_Ini("Default_Com_interface", tab->objectName().toStdString());
+    });
 
     auto* box_layout = new QGridLayout(box);
     auto button = [&](const char* name, const char* caption, int row, int col) {
@@ -289,6 +301,7 @@ void BoostProgMain::Build_Window() {
                         "Cylinder trim", "Auto fuel"});
     SSTab_PWM_ = Tabs(sstab_Main_, "SSTab_PWM", {"PWM 1", "PWM1 comp.", "PWM 2", "PWM 3", "PWM 4"});
     Build_Map_Tabs();
+    Build_Auto_Fuel_Tab();
     sstab_Main_->addTab(SSTab_Ignition_, "Ignition");
     sstab_Main_->addTab(SSTab_Fuel_, "Fuel");
     sstab_Main_->addTab(SSTab_PWM_, "PWM");
@@ -382,6 +395,8 @@ void BoostProgMain::Form_Load() {
         app.files.OpenDefaultNow = true;
         File_open_Click();
         app.files.OpenDefaultNow = false;
+        // The tuner's work starts from the image the program came up with.
+        Clear_Undo_List(app.undo);
     });
     guard.Step([&] {
         app.program.Settings_File_Name = "New1.qxs";
@@ -468,9 +483,11 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
+    } else if (name == "QX_AutoSetup_frm") {
+        form = Make_AutoSetup_Form();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
-            app_, this, [] {},
+            app_, this, [this] { Show_AutoSetup(); },
             [this](int index) {
                 Autoguide_Click(app_, index);
                 if (Form_Exists("QX_prefs"))
@@ -491,6 +508,9 @@ void BoostProgMain::Unload(const std::string& name) {
         return;
     }
     if (!Form_Exists(name)) return;
+    // Both shutdown routes unload the log window before the main form: its size is kept
+    // while it still has one.
+    if (name == "QX_Log") Save_Log_Window_Size();
     QPointer<QWidget> form = forms_[name];
     form->close();
     delete form.data();
@@ -514,7 +534,6 @@ void BoostProgMain::Form_Unload() {
     if (unloaded_) return;
     unloaded_ = true;
     Save_Display_Window_Size();
-    Save_Log_Window_Size();
     app_.program.Closing = true;
     Label_Notification_->setText("Remove Mapchip from reader to close the program");
     Label_Notification_->setVisible(true);
@@ -597,9 +616,8 @@ Settings_File_Context BoostProgMain::File_Context() {
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
     hooks.AN_Combo_Click = [this] { Analog_Follows_Image(); };
-    hooks.edit_undo_Click = [this] { edit_undo_Click(); };
     hooks.Open_Log_File = [this](const std::string& name) { Open_Log_File(name); };
-    return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,
+    return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,      app_.undo,
                                  app_.ini,     app_.log,   *active_dialogs_, std::move(hooks)};
 }
 
@@ -624,12 +642,23 @@ void BoostProgMain::File_save_as_Click() {
     Show_Texts();
 }
 
+// After a step back or forth the next digit starts a new number, as after a move of the
+// cursor: it must not go on with a number the image no longer shows.
 void BoostProgMain::edit_undo_Click() {
     quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    Grid_RowColChange(app_.tables);
+    Undo_Menu_Follows();
 }
 
 void BoostProgMain::edit_redo_Click() {
     quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    Grid_RowColChange(app_.tables);
+    Undo_Menu_Follows();
+}
+
+void BoostProgMain::Undo_Menu_Follows() {
+    if (edit_undo_ != nullptr) edit_undo_->setEnabled(Can_Undo(app_.undo, app_.image));
+    if (edit_redo_ != nullptr) edit_redo_->setEnabled(Can_Redo(app_.undo, app_.image));
 }
 
 void BoostProgMain::View_write_debug_Click() {
@@ -654,12 +683,22 @@ void BoostProgMain::Show_Settings(int index) {
 }
 
 void BoostProgMain::Help_Quorlen_Click() {
-    QDesktopServices::openUrl(
-        QUrl::fromLocalFile(QString::fromStdString(app_.program.App_Path + app_.program.Manual_Link)));
+    Open_Manual();
+}
+
+void BoostProgMain::Open_Manual() {
+    const std::string path = app_.program.App_Path + app_.program.Manual_Link;
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) {
+        active_dialogs_->Inform("The manual is not where the program looks for it:\n" + path);
+        return;
+    }
+    if (!open_url_(QUrl::fromLocalFile(QString::fromStdString(path))))
+        active_dialogs_->Inform("The desktop has no viewer for the manual:\n" + path);
 }
 
 void BoostProgMain::Help_wwwlink_Click() {
-    QDesktopServices::openUrl(QUrl(QString::fromStdString(app_.program.Web_Link)));
+    open_url_(QUrl(QString::fromStdString(app_.program.Web_Link)));
 }
 
 void BoostProgMain::Help_About_Click() {

@@ -209,8 +209,6 @@ TEST_F(Fuel_Correction_Test, Applying_Is_One_Edit_That_Undo_Takes_Back) {
     ASSERT_EQ(p.Changed_Count(), 2);
     const Cell_Correction a = p.At(3, 6), b = p.At(3, 8);
     image.ChangedByte.fill(0);
-    Undo_List undo;
-    const int before = undo.UndoIndex;
 
     // Only the chosen cell is written, and marked for the next write to the box.
     const std::pair<int, int> chosen[] = {{3, 6}, {3, 6}, {40, 40}};
@@ -218,7 +216,15 @@ TEST_F(Fuel_Correction_Test, Applying_Is_One_Edit_That_Undo_Takes_Back) {
     EXPECT_EQ(image.CardByte[static_cast<std::size_t>(a.address)], a.new_byte);
     EXPECT_EQ(image.ChangedByte[static_cast<std::size_t>(a.address)], Changed_Mark);
     EXPECT_EQ(image.CardByte[static_cast<std::size_t>(b.address)], b.old_byte);
-    EXPECT_NE(undo.UndoIndex, before);
+
+    // Undo brings the map back as the proposal found it, and marks the byte again.
+    EXPECT_TRUE(Can_Undo(undo, image));
+    image.ChangedByte.fill(0);
+    edit_undo_Click(undo, image, [] {});
+    EXPECT_EQ(image.CardByte[static_cast<std::size_t>(a.address)], a.old_byte);
+    EXPECT_EQ(image.ChangedByte[static_cast<std::size_t>(a.address)], Changed_Mark);
+    edit_redo_Click(undo, image, [] {});
+    EXPECT_EQ(image.CardByte[static_cast<std::size_t>(a.address)], a.new_byte);
 
     // All the rest; the cell already written is not written twice, and a cell the tuner
     // edited since the proposal keeps the tuner's byte.

@@ -48,6 +48,9 @@ struct Box_Config {
     bool status_value = true; // false: the older banner whose Status line ends after the flags
     HS_Setup hs;              // the engine of the high-speed stream
     Engine_Setup engine;      // the engine behind the log stream, when one is played
+    // 0: the banner is as long as its lines; N: padded before its last line to N characters
+    // with the echo, as some firmware does.
+    std::size_t banner_pad = 0;
 };
 
 // Faults that act on the box's behaviour rather than on the line.
@@ -68,8 +71,7 @@ struct Box_Faults {
 std::uint16_t Checksum(const std::uint8_t* data, std::size_t count);
 
 // The answer text of "v" after the echo, including the display bus line when `i2c_fault`.
-// It is padded to make the whole answer, echo included, 200 characters: the program's session
-// check waits for exactly that many, and a longer answer would be cut before its final LF.
+// Its last line is the mode line; it is as long as its lines unless the configuration pads it.
 std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault);
 
 class Box {
