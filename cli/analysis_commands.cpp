@@ -18,6 +18,7 @@ namespace {
 struct Analysis_Args {
     std::string log, settings, out, table, ini;
     std::map<std::string, double> numbers; // the numeric options by name
+    bool lambda = false;
 };
 
 const char* const Numeric_Options[] = {"--min-seconds",       "--max-change", "--min-rpm", "--min-coolant",
@@ -30,6 +31,10 @@ bool Parse(const std::vector<std::string>& args, bool correct, Analysis_Args& a,
     };
     for (std::size_t i = 1; i < args.size(); ++i) {
         std::string name = args[i];
+        if (!correct && name == "--lambda") {
+            a.lambda = true;
+            continue;
+        }
         if (name.empty() || name[0] != '-') {
             if (!a.log.empty()) return fail("more than one log file");
             a.log = name;
@@ -45,8 +50,9 @@ bool Parse(const std::vector<std::string>& args, bool correct, Analysis_Args& a,
             a.table = value;
         } else if (correct && (name == "-o" || name == "--output")) {
             a.out = value;
-        } else if (correct && std::find(std::begin(Numeric_Options), std::end(Numeric_Options), name) !=
-                                  std::end(Numeric_Options)) {
+        } else if ((correct || name == "--min-seconds") &&
+                   std::find(std::begin(Numeric_Options), std::end(Numeric_Options), name) !=
+                       std::end(Numeric_Options)) {
             const std::string text = Commas_To_Points(value);
             char* end = nullptr;
             const double number = std::strtod(text.c_str(), &end);
@@ -60,6 +66,7 @@ bool Parse(const std::vector<std::string>& args, bool correct, Analysis_Args& a,
     if (a.log.empty() || a.settings.empty()) return fail("want a log file and --settings FILE.qxs");
     if (correct && a.out.empty()) return fail("want -o OUT.qxs");
     if (!correct && a.table != "fuel" && a.table != "ignition") return fail("--table is fuel or ignition");
+    if (a.lambda && a.table != "fuel") return fail("--lambda reads the fuel map");
     return true;
 }
 
@@ -87,14 +94,31 @@ int Log_Hits_Command(const std::vector<std::string>& args, std::FILE* out, std::
     if (!Load(l, a, err)) return 1;
     const Table_Id id = a.table == "fuel" ? Table_Id::Fuel_3D : Table_Id::Ignition_3D;
     const Log_State& log = *l.session.log;
-    const Map_Locator locator = Make_Map_Locator(l.tables.app.image, l.tables.app.sensors, log, id);
-    const Hit_Grid hits = Cell_Hits(locator, log);
+    const App_Context& app = l.tables.app;
+    const Hit_Grid hits = Cell_Hits(Make_Map_Locator(app.image, app.sensors, log, id), log);
+    // With --lambda: how far each cell's steady rows read from the target, leaner positive.
+    Fuel_Proposal lambda;
+    if (a.lambda) {
+        Correction_Options options;
+        if (auto it = a.numbers.find("--min-seconds"); it != a.numbers.end())
+            options.min_seconds = it->second;
+        lambda = Propose_Fuel_Correction(app.image, app.sensors, log, options);
+        if (!lambda.problem.empty()) {
+            std::fprintf(err, "quorlen-cli log-hits: %s\n", lambda.problem.c_str());
+            return 1;
+        }
+    }
     const Tables_Context ctx = l.tables.Context();
     for (int r = 0; r <= hits.rows; ++r) {
         for (int c = 0; c <= hits.cols; ++c) {
             if (c > 0) std::fputc('\t', out);
-            const std::string text =
-                r == 0 || c == 0 ? Grid_Text(ctx, id, r, c) : Format_Number(hits.At(r, c), "0.00");
+            std::string text;
+            if (r == 0 || c == 0)
+                text = Grid_Text(ctx, id, r, c);
+            else if (!a.lambda)
+                text = Format_Number(hits.At(r, c), "0.00");
+            else if (lambda.At(r, c).enough)
+                text = Format_Number((lambda.At(r, c).ratio - 1) * 100, "0.0");
             std::fputs(text.c_str(), out);
         }
         std::fputc('\n', out);

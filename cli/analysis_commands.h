@@ -9,9 +9,13 @@ namespace quorlen::cli {
 // A macro, so that the command list of quorlen-cli can join it to its own text.
 #define QUORLEN_CLI_ANALYSIS_USAGE                                                                           \
     "  log-hits FILE.qxl --settings FILE.qxs --table fuel|ignition [--ini INI]\n"                            \
+    "            [--lambda [--min-seconds S]]\n"                                                             \
     "                     the seconds the engine ran in each cell of the map, each row spread\n"             \
     "                     over the four points around it as the box interpolates: the map's\n"               \
-    "                     axes first, cells separated by TAB, as show prints the map\n"                      \
+    "                     axes first, cells separated by TAB, as show prints the map. With\n"                \
+    "                     --lambda (fuel map): how far lambda read from the target in each cell\n"           \
+    "                     over the steady rows, in percent, leaner positive; blank where the\n"              \
+    "                     cell had less than S (1) s of them\n"                                              \
     "  fuel-correct FILE.qxl --settings IN.qxs -o OUT.qxs [--min-seconds S]\n"                               \
     "            [--max-change PCT] [--min-rpm N] [--min-coolant C] [--max-throttle-rate R]\n"               \
     "            [--settle S] [--target T] [--ini INI]\n"                                                    \
