@@ -5,14 +5,13 @@
 // quarter in each.
 
 #include "analysis/map_cell.h"
+#include "logging/log_chart.h"
 #include "tables/map_colours.h"
 
 #include <string>
 #include <vector>
 
 namespace quorlen {
-
-inline constexpr double Row_Seconds = 1.0 / Log_Rows_Per_Second;
 
 // Seconds (or any weighted sum) per cell of a map, row after row as the image holds them.
 struct Hit_Grid {
