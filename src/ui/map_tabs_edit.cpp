@@ -249,6 +249,7 @@ QWidget* Map_Tabs::Build_Main_Map_Panel() {
     Log_Hits_Legend_ = new QLabel(panel);
     Log_Hits_Legend_->setObjectName("Log_Hits_Legend");
     Log_Hits_Legend_->hide();
+    colours->addSpacing(6);
     colours->addWidget(Log_Hits_Legend_);
     colours->addSpacing(12);
     Verify_Check_ = new QCheckBox("Verify", panel);

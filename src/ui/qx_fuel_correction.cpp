@@ -243,8 +243,9 @@ void QX_Fuel_Correction::Show_Proposal() {
         QString text;
         if (c.seconds > 0) {
             const QString seconds = QString::fromStdString(Format_Number(c.seconds, "0.0")) + " s";
+            // A cell that stays shows its time alone; its pale green says it was heard.
             text =
-                c.enough
+                c.changed
                     ? QString::fromStdString((c.percent > 0 ? "+" : "") + Format_Number(c.percent, "0.0")) +
                           "%\n" + seconds
                     : seconds;

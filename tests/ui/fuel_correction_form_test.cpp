@@ -1,14 +1,17 @@
-// The "Log hits" colouring of the main maps and the fuel correction form, on the shipped data
-// with a log written straight into the log window's state. With QUORLEN_SCREENSHOT_DIR set, the
-// coloured fuel grid and the form are saved there as PNGs.
+// The "Log hits" colouring of the main maps and the fuel correction form, on the shipped data:
+// hand-made rows written straight into the log window's state, and a log of the simulator's
+// engine swept through the map opened as a file. With QUORLEN_SCREENSHOT_DIR set, the coloured
+// fuel grid and the form over the swept log are saved there as PNGs.
 
 #include "analysis/fuel_correction.h"
 #include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
+#include "support/sweep_log.h"
 #include "support/temp_dir.h"
 #include "tables/cell_entry.h"
 #include "ui/boost_prog_main.h"
 #include "ui/qx_fuel_correction.h"
+#include "ui/qx_log.h"
 
 #include <QAction>
 #include <QApplication>
@@ -124,17 +127,6 @@ TEST_F(Fuel_Correction_Form, Log_Hits_Colour_The_Cells_The_Log_Ran_In_And_Follow
     EXPECT_TRUE(legend->isVisible());
     EXPECT_EQ(legend->text(), "Log hits: 0 s to 3.0 s, 60 rows");
 
-    if (QString out = qEnvironmentVariable("QUORLEN_SCREENSHOT_DIR"); !out.isEmpty()) {
-        Add_Rows(40, 4250, 125, 120);
-        Add_Rows(30, 1800, 40, 120);
-        Add_Rows(20, 6000, 160, 120);
-        for (int i = 0; i < 200; ++i)
-            Add_Rows(1, 800 + 30 * i, 20 + i * 0.8, 120);
-        Trigger(window->Form("QX_Log"), "Redraw");
-        window->grab().save(QDir(out).filePath("log_hits_fuel.png"));
-        Log().Last_Row = 60;
-    }
-
     // A new log: the log window's redraw brings the colouring along.
     Log().Last_Row = 0;
     Add_Rows(20, rpm, map, 120);
@@ -176,12 +168,6 @@ TEST_F(Fuel_Correction_Form, Opens_From_The_Log_Window_And_Applies_The_Chosen_Ce
     auto* apply = form->findChild<QPushButton*>("cmd_Apply");
     EXPECT_FALSE(apply->isEnabled()); // nothing chosen yet
 
-    if (QString out = qEnvironmentVariable("QUORLEN_SCREENSHOT_DIR"); !out.isEmpty()) {
-        form->resize(1180, 720);
-        QApplication::processEvents();
-        form->grab().save(QDir(out).filePath("fuel_correction_proposal.png"));
-    }
-
     // A threshold moved and proposed again: with 4 s wanted per cell nothing has enough.
     form->findChild<QLineEdit*>("txt_Min_Seconds")->setText("4");
     form->findChild<QPushButton*>("cmd_Propose")->click();
@@ -210,6 +196,67 @@ TEST_F(Fuel_Correction_Form, Opens_From_The_Log_Window_And_Applies_The_Chosen_Ce
     EXPECT_EQ(image.CardByte[static_cast<std::size_t>(lean.address)], lean.old_byte);
     EXPECT_EQ(Grid_Index("Fuel_3D_Grid", r, lean_c).data().toString(),
               QString::fromStdString(Fuel_Cell_Text(lean.old_byte)));
+}
+
+TEST_F(Fuel_Correction_Form, A_Swept_Log_Opened_In_The_Log_Window_Corrects_The_Region_That_Ran_Lean) {
+    // Five minutes of the engine swept through the map, needing 12 % more fuel in a region.
+    const std::string path = dir.File("sweep.qxl");
+    test::Write_File(path,
+                     test::Sweep_Log_File(App().image, test::Read_File(dir.File("RZ400_800M3.ini")),
+                                          test::Read_File(dir.File("RZ400_800M3_Default_Log_Settings.qxl")),
+                                          "3000-5000:1.0-1.5:+12", 6000));
+    window->findChild<QRadioButton*>("Color_3D_Check(4)")->click();
+    auto* log_window = static_cast<ui::QX_Log*>(window->Form("QX_Log"));
+    ASSERT_TRUE(log_window->Open_File(path));
+    QApplication::processEvents();
+    ASSERT_EQ(Log().Last_Row, 6000);
+    // Opening the file recoloured the grid: the sweep reaches most of the map.
+    int coloured = 0;
+    auto* model = window->findChild<QTableView*>("Fuel_3D_Grid")->model();
+    for (int r = 1; r < model->rowCount(); ++r)
+        for (int c = 1; c < model->columnCount(); ++c)
+            coloured += model->index(r, c).data(Qt::BackgroundRole).value<QColor>() != QColor(Qt::white);
+    EXPECT_GT(coloured, (model->rowCount() - 1) * (model->columnCount() - 1) / 2);
+    EXPECT_TRUE(window->findChild<QLabel*>("Log_Hits_Legend")->text().endsWith("6000 rows"));
+
+    Trigger(log_window, "mnu_Fuel_Correction");
+    auto* form = window->findChild<ui::QX_Fuel_Correction*>("QX_Fuel_Correction");
+    ASSERT_NE(form, nullptr);
+    const Fuel_Proposal& p = form->Proposal();
+    ASSERT_EQ(p.problem, "");
+    Tables_Context t = App().Tables(dialogs);
+    int region = 0;
+    for (const Cell_Correction& c : p.cells) {
+        const double rpm = Text_To_Double(Grid_Text(t, Table_Id::Fuel_3D, 0, c.col));
+        const double load = Text_To_Double(Grid_Text(t, Table_Id::Fuel_3D, c.row, 0));
+        if (rpm >= 3000 && rpm <= 5000 && load >= 1.0 && load <= 1.5) {
+            ++region;
+            EXPECT_TRUE(c.changed) << c.row << "," << c.col;
+            EXPECT_GT(c.percent, 7) << c.row << "," << c.col;
+        } else if (c.changed) {
+            EXPECT_LE(std::abs(c.new_byte - c.old_byte), 1) << c.row << "," << c.col;
+        }
+    }
+    EXPECT_GE(region, 12);
+
+    if (QString out = qEnvironmentVariable("QUORLEN_SCREENSHOT_DIR"); !out.isEmpty()) {
+        window->grab().save(QDir(out).filePath("log_hits_fuel.png"));
+        form->resize(1180, 720);
+        QApplication::processEvents();
+        form->grab().save(QDir(out).filePath("fuel_correction_proposal.png"));
+    }
+
+    // Every change chosen and applied: exactly those bytes are marked for the next write.
+    Settings_Image& image = App().image;
+    image.ChangedByte.fill(0);
+    form->findChild<QPushButton*>("cmd_Select_Changes")->click();
+    form->findChild<QPushButton*>("cmd_Apply")->click();
+    int marked = 0;
+    for (auto mark : image.ChangedByte)
+        marked += mark != 0;
+    EXPECT_EQ(marked, p.Changed_Count());
+    for (const Cell_Correction& c : p.cells)
+        EXPECT_EQ(image.CardByte[static_cast<std::size_t>(c.address)], c.new_byte);
 }
 
 TEST_F(Fuel_Correction_Form, Says_Why_When_There_Is_Nothing_To_Study) {
