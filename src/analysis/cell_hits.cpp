@@ -90,6 +90,7 @@ std::string Hit_Text(double seconds) {
 }
 
 std::string Hit_Legend(const Hit_Grid& hits) {
+    if (hits.rows_counted == 0) return "Log hits: no log rows in this map";
     return "Log hits: 0 s to " + Format_Number(hits.Max(), "0.0") + " s, " +
            std::to_string(hits.rows_counted) + " rows";
 }

@@ -43,7 +43,8 @@ Map_Colours Log_Hit_Colours(const Hit_Grid& hits);
 
 // The tooltip of a cell in that colouring: "1.25 s in the log".
 std::string Hit_Text(double seconds);
-// The legend beside the grid: "Log hits: 0 s to 12.3 s, 7000 rows".
+// The legend beside the grid: "Log hits: 0 s to 12.3 s, 7000 rows", or that no row of the
+// log stood in the map (no log open, or one without these signals).
 std::string Hit_Legend(const Hit_Grid& hits);
 
 } // namespace quorlen

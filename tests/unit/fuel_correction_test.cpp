@@ -53,6 +53,7 @@ TEST_F(Cell_Hits_Test, Colours_Run_From_White_For_None_To_Red_For_The_Busiest_Ce
     EXPECT_EQ(Hit_Legend(hits), "Log hits: 0 s to 2.0 s, 50 rows");
     // An empty log leaves the whole map white.
     EXPECT_EQ(Log_Hit_Colours(Hit_Grid(Table_Id::Fuel_3D, 2, 2)).cells, std::vector<Rgb>(4, White));
+    EXPECT_EQ(Hit_Legend(Hit_Grid(Table_Id::Fuel_3D, 2, 2)), "Log hits: no log rows in this map");
 }
 
 class Fuel_Correction_Test : public test::Hand_Log {
