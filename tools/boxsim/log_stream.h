@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace boxsim {
 
@@ -54,6 +56,14 @@ void Encode(Engine_Sample& sample);
 // The stream's columns of analogue input 1 to 12 (0 for none).
 int Input_Column(int input);
 
+// A throttle a test holds where it wants: from each second (counted from the start of the
+// stream) the throttle input reads the given raw value, in place of the drive's own.
+using Throttle_Script = std::vector<std::pair<double, int>>;
+// "0:30,5:230" into its points, in time order; false, with `error` set, on a bad text.
+bool Parse_Throttle_Script(const std::string& text, Throttle_Script& script, std::string& error);
+// The scripted raw value at `seconds` into the stream; -1 before the first point.
+int Scripted_Throttle(const Throttle_Script& script, double seconds);
+
 // "#RPM" and a title for each field, padded so the header is as long as a row.
 std::string Text_Header();
 // A text row without its line end: "$" and the RPM in thousands ("3.450"), the columns as
@@ -77,7 +87,8 @@ class Log_Stream {
 public:
     enum class Mode { Off, Text, Binary };
 
-    explicit Log_Stream(Stream_Faults faults = {}) : faults_(faults) {}
+    explicit Log_Stream(Stream_Faults faults = {}, Throttle_Script throttle = {})
+        : faults_(faults), throttle_(std::move(throttle)) {}
 
     // Where the rows come from: the test-drive unless an engine model is set.
     using Engine = std::function<Engine_Sample(long row)>;
@@ -99,6 +110,7 @@ private:
 
     Stream_Faults faults_;
     Engine engine_;
+    Throttle_Script throttle_;
     Mode mode_ = Mode::Off;
     int length_ = Default_Frame_Length;
     Stream_Time started_{};
