@@ -604,8 +604,8 @@ void QX_Log::Form_Load() {
 }
 
 void QX_Log::Start_Log(bool live_view) {
-    if (state_->capture.Logging_Running) return;
-    state_->capture.Live_View = live_view;
+    if (State().capture.Logging_Running) return;
+    State().capture.Live_View = live_view;
     Take_Settings();
     Log_Context c = Ctx();
     Start_Logging(c);
