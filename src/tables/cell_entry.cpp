@@ -40,6 +40,10 @@ void Set_Limits(Edit_State& e, double min, double max, double gain = 1, double f
     e.maxText = Number_As_Text(max);
 }
 
+void Set_Limits(Edit_State& e, const Linear_Coding& coding) {
+    Set_Limits(e, coding.min, coding.max, coding.gain, 0, coding.offset);
+}
+
 int Lambda_Sensor(const Tables_Context& ctx) {
     return Sensor_For_Selection(ctx.image, ctx.sensors, ctx.tables.loads.LambdaSensor);
 }
@@ -302,7 +306,7 @@ void Grid_RowColChange(Tables_State& tables) {
 // --- limits -------------------------------------------------------------------------------
 
 void Get_igmap_maxmin(Tables_Context& ctx) {
-    Set_Limits(ctx.tables.edit, -25.6, 25.4, 5, 0, 128);
+    Set_Limits(ctx.tables.edit, Ign_Map_Coding);
 }
 
 void Get_fuelmap_maxmin(Tables_Context& ctx) {
@@ -331,7 +335,7 @@ void Get_fuelmap2_maxmin(Tables_Context& ctx) {
 }
 
 void Get_fuelrpm_maxmin(Tables_Context& ctx) {
-    Set_Limits(ctx.tables.edit, 0, 199, 256.0 / 200);
+    Set_Limits(ctx.tables.edit, Fuel_Rpm_Coding);
 }
 
 // The target is the lambda sensor's value; older datasets take what the sensor can show.
@@ -357,34 +361,24 @@ void Get_an_maxmin(Tables_Context& ctx) {
     Get_pwm_map_maxmin(ctx);
 }
 
-// Byte 44 bit 5 makes the compensation degrees, bit 4 the double range; datasets from 200
-// on have the degree ranges only.
 void Get_igrpm_maxmin(Tables_Context& ctx) {
-    Edit_State& e = ctx.tables.edit;
-    int b = ctx.image.CardByte[44];
-    bool bit4 = (b & 16) != 0;
-    bool bit5 = (b & 32) != 0;
-    if (ctx.image.DatasetID >= 200) {
-        if (bit4)
-            Set_Limits(e, -25.6, 25.4, 5, 0, 128);
-        else
-            Set_Limits(e, -12.8, 12.7, 10, 0, 128);
-    } else if (bit5) {
-        Set_Limits(e, -25.6, 25.4, 5, 0, 128);
-    } else if (bit4) {
-        Set_Limits(e, -200, 198, 0.64, 0, 128);
-    } else {
-        Set_Limits(e, -100, 99, 1.28, 0, 128);
-    }
+    Set_Limits(ctx.tables.edit, Ign_Rpm_Coding(ctx.image));
 }
 
 bool Get_Table_maxmin(Tables_Context& ctx, Table_Id id) {
     switch (id) {
     case Table_Id::Ign_Comp1:
-        Get_igmap_maxmin(ctx);
+        if (ctx.tables.loads.Ign2ndLoadSensor == Rpm_Selection)
+            Get_igrpm_maxmin(ctx);
+        else
+            Get_igmap_maxmin(ctx);
         return true;
     case Table_Id::Fuel2_Map:
     case Table_Id::Fuel2_Rpm:
+        if (Fuel2_Rpm_Coded(ctx, id)) {
+            Get_fuelrpm_maxmin(ctx);
+            return true;
+        }
         if (id == Table_Id::Fuel2_Map)
             Get_fuelmap_maxmin(ctx);
         else
@@ -421,7 +415,8 @@ std::optional<std::uint8_t> One_D_Byte(const Tables_Context& ctx, Table_Id id, d
         if (!r) return std::nullopt;
         raw = *r;
     } else {
-        if ((id == Table_Id::Fuel2_Map || id == Table_Id::Fuel2_Rpm) && ctx.tables.Fuel2nd_Function > 2)
+        if ((id == Table_Id::Fuel2_Map || id == Table_Id::Fuel2_Rpm) && !Fuel2_Rpm_Coded(ctx, id) &&
+            ctx.tables.Fuel2nd_Function > 2)
             return std::nullopt;
         raw = value * e.TableGain + e.TableFine + e.TableOffset;
     }

@@ -78,14 +78,17 @@ void Grid_RowColChange(Tables_State& tables);
 void Get_igmap_maxmin(Tables_Context& ctx);      // 1st Ignition compensation
 void Get_fuelmap_maxmin(Tables_Context& ctx);    // 2nd Fuel MAP, by its function
 void Get_fuelmap2_maxmin(Tables_Context& ctx);   // 2nd Fuel RPM, the same
-void Get_fuelrpm_maxmin(Tables_Context& ctx);    // 0 to 199, gain 256/200
+void Get_fuelrpm_maxmin(Tables_Context& ctx);    // a fuel table over engine speed: 0 to 199 %
 void Get_fuellambda_maxmin(Tables_Context& ctx); // AFR target
 void Get_pwm_map_maxmin(Tables_Context& ctx);    // PWM in percent, or boost in the sensor's unit
 void Get_pwm_rpm_maxmin(Tables_Context& ctx);    // PWM tables over engine speed
 void Get_an_maxmin(Tables_Context& ctx);         // PWM tables over an analogue input
-void Get_igrpm_maxmin(Tables_Context& ctx);      // ignition compensation by byte 44 and dataset
-// The routine of a one-dimensional table's grid; false when the table shows nothing (a 2nd
-// fuel function out of the list) or is not one-dimensional.
+void Get_igrpm_maxmin(Tables_Context& ctx);      // ignition compensation over engine speed, by byte 44
+// The routine of a one-dimensional table's grid, by the table and its axis: the 1st Ignition
+// compensation takes Get_igrpm_maxmin over engine speed and Get_igmap_maxmin over an input; a
+// 2nd fuel table over engine speed on the boost controller takes Get_fuelrpm_maxmin, and
+// otherwise its function's limits. False when the table shows nothing (a 2nd fuel function
+// out of the list) or is not one-dimensional.
 bool Get_Table_maxmin(Tables_Context& ctx, Table_Id id);
 
 // Brings set_table_text into TableMin..TableMax.
