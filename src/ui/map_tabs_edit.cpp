@@ -441,10 +441,8 @@ bool Map_Tabs::Grid_Key(Table_Id id, QKeyEvent* e) {
         std::string clip = copy ? std::string() : QApplication::clipboard()->text().toStdString();
         if (main_map)
             (fuel ? Fuel_3D_Grid_KeyPress : Ignition_3D_Grid_KeyPress)(ctx, sel, code, clip, hooks);
-        else if (One_D(id))
+        else
             One_D_Grid_KeyPress(ctx, id, sel, code, clip, hooks);
-        else if (copy) // a grid that only shows its table
-            clip = Grid_Selection_Text(ctx, id, sel);
         if (copy) {
             QApplication::clipboard()->setText(QString::fromStdString(clip));
         } else {

@@ -1,17 +1,22 @@
 #include "ui/qx_settings.h"
 
 #include "core/proc_guard.h"
+#include "tables/cell_entry.h"
 #include "ui/engine_config_box.h"
 #include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
+#include "ui/table_models.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QButtonGroup>
 #include <QChart>
 #include <QChartView>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLineSeries>
@@ -19,6 +24,7 @@
 #include <QScrollBar>
 #include <QShowEvent>
 #include <QTabWidget>
+#include <QTableView>
 #include <QValueAxis>
 
 #include <algorithm>
@@ -48,6 +54,22 @@ void QX_settings::showEvent(QShowEvent* event) {
 
 // --- from the image ---------------------------------------------------------------------------
 
+// Ctrl+C copies the selected cells of the PWM2 extra fuel grid for a spreadsheet.
+bool QX_settings::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != PWM2_FuelCorr_grid_ || event->type() != QEvent::KeyPress ||
+        !static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy))
+        return Child_Form::eventFilter(watched, event);
+    QItemSelection selection = PWM2_FuelCorr_grid_->selectionModel()->selection();
+    if (!selection.isEmpty()) {
+        const QItemSelectionRange& r = selection.first();
+        Tables_Context ctx = app_.Tables(hooks_.Dialogs());
+        std::string text =
+            Grid_Selection_Text(ctx, Table_Id::Pwm2_Fuel, {r.top(), r.left(), r.bottom(), r.right()});
+        QApplication::clipboard()->setText(QString::fromStdString(text));
+    }
+    return true;
+}
+
 void QX_settings::Update_Settings() {
     Proc_Guard guard(app_.log, "Update settings form");
     showing_ = true;
@@ -72,6 +94,10 @@ void QX_settings::Update_Settings() {
         Update_Digital_chart();
     });
     guard.Step([&] { Show_Analog_Inputs(); });
+    guard.Step([&] {
+        Pwm_Fuel_Model_->Refresh();
+        PWM2_FuelCorr_grid_->resizeColumnsToContents();
+    });
     showing_ = false;
 }
 

@@ -31,11 +31,13 @@ class QLineEdit;
 class QScrollArea;
 class QScrollBar;
 class QTabWidget;
+class QTableView;
 class QVBoxLayout;
 
 namespace quorlen::ui {
 
 class Engine_Config_Box;
+class Image_Table_Model;
 class Model_Preset_Box;
 
 struct QX_settings_Hooks {
@@ -88,6 +90,8 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    // Ctrl+C on the PWM2 extra fuel grid.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // One slider with its label (none for the unlabelled cells of the digital outputs' grid),
@@ -129,6 +133,7 @@ private:
     Choice& Add_Choice(const Page_Choice& c, QWidget* parent, QGridLayout* grid, int row);
     Chart* Add_Chart(QWidget* parent, const QString& name, const QString& title);
     void Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QVBoxLayout* right);
+    void Build_Pwm_Fuel_Grid(QGroupBox* box);
 
     void Choice_Clicked(const Page_Choice& c, int n);
     void Text_Entered(int index);
@@ -165,6 +170,8 @@ private:
     QLabel* Fuel_teeth_recomend_ = nullptr;
     QLabel* Forbidden_tooth_label_ = nullptr;
     QLabel* Analog_Input_Sensors_ = nullptr;
+    QTableView* PWM2_FuelCorr_grid_ = nullptr;
+    Image_Table_Model* Pwm_Fuel_Model_ = nullptr;
     Engine_Config_Box* Engine_Config_frame_ = nullptr;
     Model_Preset_Box* Model_preset_frame_ = nullptr;
     Settings_View view_;
