@@ -204,6 +204,18 @@ TEST_F(MapEdit, CopyGoesToASpreadsheetAndItsTextPastesBack) {
             double doubled_ms = Cell("Fuel_3D_Grid", 1 + r, 1 + c).toDouble() * 2;
             EXPECT_NEAR(Cell("Fuel_3D_Grid", 8 + r, 8 + c).toDouble(), doubled_ms, 0.07) << r << "," << c;
         }
+
+    // A column from a spreadsheet into a one-dimensional grid, from the point selected down,
+    // within the table's limits.
+    Open_Tab(3, "SSTab_PWM", 2);
+    Select("PWM_MAP_Grid(2)", 3, 2, 3, 2);
+    QApplication::clipboard()->setText("10\r\n20,5\r\n150\r\n");
+    QTest::keyClick(Grid("PWM_MAP_Grid(2)"), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Byte(917 + 2), 20);
+    EXPECT_EQ(Byte(917 + 3), 41);
+    EXPECT_EQ(Byte(917 + 4), 200);
+    EXPECT_EQ(Cell("PWM_MAP_Grid(2)", 4, 2), "20.5");
+    EXPECT_EQ(Cell("PWM_MAP_Grid(2)", 5, 2), "100.0");
 }
 
 TEST_F(MapEdit, TenEditsOfEveryKindAreUndoneToTheLoadedFileAndRedone) {
