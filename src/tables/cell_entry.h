@@ -84,7 +84,8 @@ void Get_pwm_map_maxmin(Tables_Context& ctx);    // PWM in percent, or boost in 
 void Get_pwm_rpm_maxmin(Tables_Context& ctx);    // PWM tables over engine speed
 void Get_an_maxmin(Tables_Context& ctx);         // PWM tables over an analogue input
 void Get_igrpm_maxmin(Tables_Context& ctx);      // ignition compensation over engine speed, by byte 44
-// The routine of a one-dimensional table's grid, by the table and its axis: the 1st Ignition
+// The routine of a one-dimensional table's grid (and the PWM2 extra fuel's), by the table and
+// its axis: the 1st Ignition
 // compensation takes Get_igrpm_maxmin over engine speed and Get_igmap_maxmin over an input; a
 // 2nd fuel table over engine speed on the boost controller takes Get_fuelrpm_maxmin, and
 // otherwise its function's limits. False when the table shows nothing (a 2nd fuel function
@@ -126,8 +127,9 @@ bool Ignition_3D_Grid_KeyPress(Tables_Context& ctx, Grid_Selection& sel, int cod
                                const Edit_Hooks& hooks);
 
 // The one-dimensional family (Fuel_MAP_Grid, Fuel_RPM_Grid, Fuel_Lambda_Grid,
-// Ig_2ndMAP_Grid, PWM_MAP_Grid): the typed text goes to set_table_text, is brought into the
-// table's limits and becomes every selected point's byte.
+// Ig_2ndMAP_Grid, PWM_MAP_Grid), and the values of PWM2_FuelCorr_grid: the typed text goes
+// to set_table_text, is brought into the table's limits and becomes every selected point's
+// byte.
 Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Selection& sel, int keycode,
                                const Edit_Hooks& hooks);
 

@@ -351,7 +351,7 @@ std::optional<double> Table_Value(const Tables_Context& ctx, Table_Id id, std::u
         return (b - coding.offset) / coding.gain;
     }
     case Table_Id::Pwm2_Fuel:
-        return (b - 128) * 0.2;
+        return (b - Pwm_Fuel_Coding.offset) / Pwm_Fuel_Coding.gain;
     case Table_Id::Fuel2_Map:
     case Table_Id::Fuel2_Rpm:
         if (Fuel2_Rpm_Coded(ctx, id)) return b / Fuel_Rpm_Coding.gain;

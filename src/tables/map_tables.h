@@ -130,6 +130,8 @@ struct Linear_Coding {
 
 // The 1st Ignition compensation over an analogue input: 0.2 degrees a step around 128.
 inline constexpr Linear_Coding Ign_Map_Coding{-25.6, 25.4, 5, 128, false};
+// PWM2 extra fuel: 0.2 % a step around 128.
+inline constexpr Linear_Coding Pwm_Fuel_Coding{-25.6, 25.4, 5, 128, true};
 // A fuel table over engine speed on the boost controller: 0 to 199 %, 100 % at byte 128.
 inline constexpr Linear_Coding Fuel_Rpm_Coding{0, 199, 256.0 / 200, 0, true};
 // The 1st Ignition compensation over engine speed, by bits 4 and 5 of byte 44. The

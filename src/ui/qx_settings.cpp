@@ -54,20 +54,26 @@ void QX_settings::showEvent(QShowEvent* event) {
 
 // --- from the image ---------------------------------------------------------------------------
 
-// Ctrl+C copies the selected cells of the PWM2 extra fuel grid for a spreadsheet.
+// The PWM2 extra fuel grid takes typed numbers and the clipboard as the map grids do.
 bool QX_settings::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != PWM2_FuelCorr_grid_ || event->type() != QEvent::KeyPress ||
-        !static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy))
+    if (watched != PWM2_FuelCorr_grid_ || event->type() != QEvent::KeyPress)
         return Child_Form::eventFilter(watched, event);
-    QItemSelection selection = PWM2_FuelCorr_grid_->selectionModel()->selection();
-    if (!selection.isEmpty()) {
-        const QItemSelectionRange& r = selection.first();
-        Tables_Context ctx = app_.Tables(hooks_.Dialogs());
-        std::string text =
-            Grid_Selection_Text(ctx, Table_Id::Pwm2_Fuel, {r.top(), r.left(), r.bottom(), r.right()});
-        QApplication::clipboard()->setText(QString::fromStdString(text));
+    auto* e = static_cast<QKeyEvent*>(event);
+    Tables_Context ctx = app_.Tables(hooks_.Dialogs());
+    Edit_Hooks hooks;
+    hooks.Update_All = hooks_.Update_All;
+    Grid_Selection sel = View_Selection(PWM2_FuelCorr_grid_, 1);
+    const bool copy = e->matches(QKeySequence::Copy);
+    if (copy || e->matches(QKeySequence::Paste)) {
+        std::string clip = copy ? std::string() : QApplication::clipboard()->text().toStdString();
+        One_D_Grid_KeyPress(ctx, Table_Id::Pwm2_Fuel, sel, copy ? Ctrl_C : Ctrl_V, clip, hooks);
+        if (copy) QApplication::clipboard()->setText(QString::fromStdString(clip));
+        return true;
     }
-    return true;
+    const int code = Grid_Key_Code(e);
+    const bool printable = !e->text().isEmpty() && e->text().at(0).isPrint();
+    if (code == 0) return printable; // a letter must not move the cursor as a search would
+    return One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, sel, code, hooks).handled || printable;
 }
 
 void QX_settings::Update_Settings() {

@@ -90,7 +90,7 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    // Ctrl+C on the PWM2 extra fuel grid.
+    // Typing, Ctrl+C and Ctrl+V on the PWM2 extra fuel grid.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -7,6 +7,8 @@
 #include "ui/qx_settings.h"
 #include "ui/table_models.h"
 
+#include "tables/cell_entry.h"
+
 #include <QButtonGroup>
 #include <QChart>
 #include <QChartView>
@@ -397,7 +399,7 @@ void QX_settings::Build_Digital_Outputs(QGroupBox* box) {
 }
 
 // The PWM2 extra fuel table under its switch: the output's duty down the side, the fuel it
-// adds beside.
+// adds beside, typed into as the one-dimensional maps are.
 void QX_settings::Build_Pwm_Fuel_Grid(QGroupBox* box) {
     auto* grid = static_cast<QGridLayout*>(box->layout());
     Pwm_Fuel_Model_ =
@@ -420,6 +422,11 @@ void QX_settings::Build_Pwm_Fuel_Grid(QGroupBox* box) {
     view->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
     view->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     view->installEventFilter(this);
+    // Any move of the selection starts a new number.
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { Grid_RowColChange(app_.tables); });
+    connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this] { Grid_RowColChange(app_.tables); });
     grid->addWidget(view, grid->rowCount(), 0, 1, 4, Qt::AlignLeft);
 }
 

@@ -384,6 +384,33 @@ TEST_F(Edit, TablesOverEngineSpeedTakeTheLimitsOfTheirCoding) {
     EXPECT_EQ(Grid_Text(ctx, Table_Id::Fuel2_Rpm, 2, 2), "100.0");
 }
 
+TEST_F(Edit, PwmExtraFuelValuesTakeTypedAndPastedNumbersButNotItsAxis) {
+    const int axis_step = Byte(49);
+    Grid_RowColChange(tables);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {3, 1, 2, 1}, '5', hooks);
+    EXPECT_EQ(Byte(55), 153);
+    EXPECT_EQ(Byte(56), 153);
+    EXPECT_TRUE(Changed(56));
+    EXPECT_EQ(tables.edit.maxText, "25.4");
+    // The axis column selected too: still only the values of the selected rows.
+    Grid_RowColChange(tables);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {1, 0, 1, 1}, Key::Minus, hooks);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {1, 0, 1, 1}, '9', hooks);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {1, 0, 1, 1}, '9', hooks);
+    EXPECT_EQ(Byte(54), 0);
+    EXPECT_EQ(Byte(49), axis_step);
+
+    const int after_block = Byte(59);
+    Grid_Selection at{4, 1, 4, 1};
+    std::string clip = "0,4\n99\n7\n";
+    EXPECT_TRUE(One_D_Grid_KeyPress(ctx, Table_Id::Pwm2_Fuel, at, Ctrl_V, clip, hooks));
+    EXPECT_EQ(Byte(57), 130);
+    EXPECT_EQ(Byte(58), 255); // cut to 25.4 %, and the third line has no point left
+    EXPECT_EQ(Byte(59), after_block);
+    EXPECT_EQ(at.RowSel, 5);
+    EXPECT_EQ(at.Col, 1);
+}
+
 TEST_F(Edit, CopyGivesSpreadsheetTextAndPasteTurnsTextIntoBytes) {
     On(Table_Id::Fuel_3D);
     Byte(Fuel(1, 1)) = 8;
