@@ -3,6 +3,7 @@
 #include "core/proc_guard.h"
 #include "tables/cell_entry.h"
 #include "ui/engine_config_box.h"
+#include "ui/map_axes_panel.h"
 #include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
 #include "ui/table_models.h"
@@ -103,6 +104,10 @@ void QX_settings::Update_Settings() {
     guard.Step([&] {
         Pwm_Fuel_Model_->Refresh();
         PWM2_FuelCorr_grid_->resizeColumnsToContents();
+    });
+    guard.Step([&] {
+        for (Map_Axes_Panel* axes : axes_)
+            if (axes != nullptr) axes->Refresh();
     });
     showing_ = false;
 }
