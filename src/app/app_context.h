@@ -61,7 +61,7 @@ struct App_Context {
     void Use_App_Path(const std::string& app_path);
 
     Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
-    Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs}; }
+    Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs, undo}; }
     Pages_Context Pages() { return {image, sensors, pages, engine, undo, ini, log}; }
 };
 

@@ -45,7 +45,13 @@ double Val(std::string_view text) {
         }
     }
     if (number.empty() || number == "-" || number == "+" || number == ".") return 0.0;
-    return std::strtod(number.c_str(), nullptr);
+    // The program's numbers always have the point; the locale the desktop runs in must not
+    // make "1.5" read as 1.
+    std::string_view digits = number;
+    if (digits.front() == '+') digits.remove_prefix(1);
+    double value = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return value;
 }
 
 std::optional<long> To_Integer(std::string_view text) {

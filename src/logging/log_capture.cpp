@@ -378,7 +378,7 @@ void Timer1_Timer(Log_Context& ctx) {
     if (waiting > Overload_Count) {
         cap.Log_Stopped_By_Overload = true;
         Start_Logging(ctx);
-        ctx.dialogs.Inform(Overload_Text);
+        ctx.dialogs.Show_Message(Icon::Stop, Overload_Text);
         ctx.debug.Write_Line(Overload_Text);
         return;
     }
@@ -515,7 +515,7 @@ void Fast_Read(Log_Context& ctx, bool last) {
 
         const std::size_t first_ps = chunk.find("PS");
         if (first_ps == std::string::npos) {
-            ctx.dialogs.Inform("No start of data in this chunk");
+            ctx.dialogs.Show_Message(Icon::Stop, "No start of data in this chunk");
             return;
         }
         std::size_t start = first_ps + 2;
@@ -523,7 +523,7 @@ void Fast_Read(Log_Context& ctx, bool last) {
         if (end == std::string::npos) {
             // The last frames of a stopped log are taken even when there is only one.
             if (!last) {
-                ctx.dialogs.Inform("No complete data in this chunk");
+                ctx.dialogs.Show_Message(Icon::Stop, "No complete data in this chunk");
                 return;
             }
             end = chunk.find("DS", start);

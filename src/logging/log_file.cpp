@@ -188,8 +188,9 @@ void QX_Log_Data_Read(Log_Context& ctx) {
         if (row_cr == std::string::npos) return;
         row_length = row_cr - dollar;
         if (row_length != header_length)
-            ctx.dialogs.Inform("Length of log header (" + std::to_string(header_length) +
-                               "), does not match log data (" + std::to_string(row_length) + ")");
+            ctx.dialogs.Show_Message(Icon::Information,
+                                     "Length of log header (" + std::to_string(header_length) +
+                                         "), does not match log data (" + std::to_string(row_length) + ")");
         log.Log_Row_Columns = static_cast<std::int16_t>(Count_Char(text, ' ', dollar, row_cr));
         has_rows = true;
     });
@@ -317,6 +318,7 @@ void Save_File(Log_Context& ctx, const std::string& path, bool default_file) {
 void Log_File_Auto_Save(Log_Context& ctx) {
     Proc_Guard guard(ctx.debug, "Log file auto save");
     Log_State& log = ctx.log;
+    if (log.capture.Live_View) return;
     guard.Step([&] {
         std::string name = log.Log_File_Name;
         if (log.Part_Counter == 0)

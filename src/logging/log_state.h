@@ -155,6 +155,9 @@ struct Capture_State {
     bool Log_Receive_Busy = false;
     bool Log_Stopped_By_Overload = false;
     bool Binary = false;
+    // A live view: the stream is shown and kept in memory, but no log file is saved, neither
+    // at the stop nor when a long log runs over into a new part.
+    bool Live_View = false;
 
     // The timers of the log window: the window runs them, tests tick them by hand.
     bool Timer1_Enabled = false;

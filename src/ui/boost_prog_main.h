@@ -56,6 +56,8 @@ public:
     void File_save_as_Click();
     void edit_undo_Click();
     void edit_redo_Click();
+    // Undo and Redo are greyed when they have nothing to do.
+    void Undo_Menu_Follows();
     void View_write_debug_Click();
     void Debug_View_Click();
     void Help_Quorlen_Click();
@@ -215,6 +217,8 @@ private:
     QPushButton* Com_Close_ = nullptr;
     QPushButton* Stop_Logging_cmd_ = nullptr;
     QLabel* Engine_On_label_ = nullptr;
+    QAction* edit_undo_ = nullptr;
+    QAction* edit_redo_ = nullptr;
     QAction* Help_wwwlink_ = nullptr;
     QAction* Online_mnu_ = nullptr;
     QAction* Engine_OnOff_mnu_ = nullptr;

@@ -97,8 +97,8 @@ void BoostProgMain::Log_Autostart(int index) {
     auto* log = static_cast<QX_Log*>(Form("QX_Log"));
     log->show();
     log->raise();
-    if (index >= 0 && index <= 1 && app_.prefs.Auto_Start_option[index] && !log->Logging())
-        log->cmd_Open_Com_Click();
+    // Option 0 logs to a file; option 1 is a live view that keeps no file.
+    if (index >= 0 && index <= 1 && app_.prefs.Auto_Start_option[index]) log->Start_Log(index == 1);
 }
 
 QWidget* BoostProgMain::Make_Setting_Summary_Window() {

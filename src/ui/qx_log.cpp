@@ -603,8 +603,22 @@ void QX_Log::Form_Load() {
     Sync();
 }
 
+void QX_Log::Start_Log(bool live_view) {
+    if (State().capture.Logging_Running) return;
+    State().capture.Live_View = live_view;
+    Take_Settings();
+    Log_Context c = Ctx();
+    Start_Logging(c);
+    Sync();
+    Update_Chart();
+}
+
 void QX_Log::cmd_Open_Com_Click() {
-    if (!State().capture.Logging_Running) Take_Settings();
+    if (!State().capture.Logging_Running) {
+        // The button records to a file; a live view is the auto start's.
+        State().capture.Live_View = false;
+        Take_Settings();
+    }
     Log_Context c = Ctx();
     const bool was_running = State().capture.Logging_Running;
     Start_Logging(c);

@@ -69,6 +69,8 @@ public:
 
     // cmd_Open_Com: starts a log, or stops the one that runs.
     void cmd_Open_Com_Click();
+    // Starts a log when none runs: to a file, or as a live view that saves none.
+    void Start_Log(bool live_view);
     bool Logging() const;
     double Logged_RPM() const;
 

@@ -266,7 +266,7 @@ protected:
     Settings_File_Context Files() {
         Settings_File_Hooks file_hooks;
         file_hooks.Update_All = [this] { ++updates; };
-        return {program, texts, files, image, ini, debug, dialogs, file_hooks};
+        return {program, texts, files, image, undo, ini, debug, dialogs, file_hooks};
     }
     static std::string Dataset(int lines, int dataset_id) {
         std::string text = "[log_dataset]\r\n";
@@ -276,6 +276,7 @@ protected:
     }
     Ini_File ini;
     File_State files;
+    Undo_List undo;
     int updates = 0;
 };
 
@@ -296,6 +297,7 @@ TEST_F(LogExport, TakesTheImageOnlyFromAWholeDatasetSection) {
 
     EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, Dataset(1023, 200)));
     EXPECT_EQ(dialogs.informed.back(), "This log file does not include any valid box settings");
+    EXPECT_EQ(dialogs.icons.back(), Icon::Information);
     EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, Dataset(1026, 200)));
     const std::string debug_text = Debug_Text();
     std::size_t lines = 0;
@@ -303,6 +305,17 @@ TEST_F(LogExport, TakesTheImageOnlyFromAWholeDatasetSection) {
          at = debug_text.find("Error. Can not read out", at + 1))
         ++lines;
     EXPECT_EQ(lines, 2u);
+    EXPECT_EQ(image.CardByte[3], 7);
+
+    // A value that doesn't fit a byte: the words go to the diagnostics log, not to a box.
+    std::string bad = Dataset(1024, 200);
+    bad.replace(bad.find("\r\n5\r\n") + 2, 1, "300");
+    const std::size_t boxes = dialogs.informed.size();
+    EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, bad));
+    EXPECT_EQ(dialogs.informed.size(), boxes);
+    EXPECT_NE(
+        Debug_Text().find("Error. Can not read out the settings from the log file\r\n", debug_text.size()),
+        std::string::npos);
     EXPECT_EQ(image.CardByte[3], 7);
 }
 

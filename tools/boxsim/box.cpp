@@ -58,19 +58,20 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
     text += "Status 000";
     if (config.status_value) text += config.engine_running ? "01" : "00";
     text += "\r\n";
-    text += (memory[Mode_Byte] & Slave_Mark) ? "Slave mode\r\n" : "Master mode\r\n";
     if (config.slave_present) text += "Slave present\r\n";
     if (config.smartcard) text += "Smartcard present\r\n";
     text += config.engine_running ? "Engine running\r\n" : "Engine stopped\r\n";
     if (i2c_fault) text += "I2C TIME OUT 2\r\n";
+    // The mode line is the last: a banner is complete when it holds "mode" and ends in LF.
+    const std::string mode = (memory[Mode_Byte] & Slave_Mark) ? "Slave mode\r\n" : "Master mode\r\n";
 
-    const std::size_t length = text.size() + 1; // the echo of "v" counts too
-    if (length + 2 <= Banner_Answer_Length) {
-        text += std::string(Banner_Answer_Length - length - 2, '-') + "\r\n";
-    } else if (length + 1 == Banner_Answer_Length) {
+    const std::size_t length = 1 + text.size() + mode.size(); // the echo of "v" counts too
+    const std::size_t pad = config.banner_pad;
+    if (pad >= length + 2)
+        text += std::string(pad - length - 2, '-') + "\r\n";
+    else if (pad == length + 1)
         text.insert(text.size() - 2, " ");
-    }
-    return text;
+    return text + mode;
 }
 
 Box::Box(Box_Config config, Box_Faults faults)

@@ -46,6 +46,9 @@ struct Box_Config {
     bool bootloader = false;  // starts in its boot loader until it gets "g"
     bool status_value = true; // false: the older banner whose Status line ends after the flags
     HS_Setup hs;              // the engine of the high-speed stream
+    // 0: the banner is as long as its lines; N: padded before its last line to N characters
+    // with the echo, as some firmware does.
+    std::size_t banner_pad = 0;
 };
 
 // Faults that act on the box's behaviour rather than on the line.
@@ -67,8 +70,7 @@ struct Box_Faults {
 std::uint16_t Checksum(const std::uint8_t* data, std::size_t count);
 
 // The answer text of "v" after the echo, including the display bus line when `i2c_fault`.
-// It is padded to make the whole answer, echo included, 200 characters: the program's session
-// check waits for exactly that many, and a longer answer would be cut before its final LF.
+// Its last line is the mode line; it is as long as its lines unless the configuration pads it.
 std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault);
 
 class Box {

@@ -73,6 +73,8 @@ std::string Usage() {
                "                         a live cell adjustment (\"+\", \"-\" fuel, \">\", \"<\" ignition)\n"
                "                         move the cell the engine is in, else it answers \"NO RPM\"\n"
                "  --no-status-value      older banner: the Status line ends after its three flags\n"
+               "  --banner-pad N         pad the banner before its mode line to N characters with\n"
+               "                         the echo (default: as long as its lines, some 100)\n"
                "  --bootloader           start in the boot loader; \"g\" leaves it\n"
                "  --i2c-timeouts N       the first N banners carry \"I2C TIME OUT 2\"\n"
                "  --errors A=V,...       master error counters (A 1011..1022; V decimal or 0x..)\n"
@@ -164,6 +166,9 @@ std::optional<Options> Parse_Options(const std::vector<std::string>& args, std::
             ok = flag(o.box.smartcard);
         } else if (name == "--engine-running") {
             ok = flag(o.box.engine_running);
+        } else if (name == "--banner-pad") {
+            ok = number(n, 0, 4096);
+            o.box.banner_pad = static_cast<std::size_t>(n);
         } else if (name == "--no-status-value") {
             bool off = false;
             ok = flag(off);
