@@ -154,7 +154,10 @@ void Write_while_logging(Live_Context& ctx) {
     // The write goes on the settings port; when that is the log's own port object there is
     // nothing to hand over, and closing and opening it would only lengthen the hole.
     const bool separate_port = &s.link.line != &ctx.log_line;
-    if (separate_port) guard.Step([&] { ctx.log_line.Close(); });
+    if (separate_port)
+        guard.Step([&] { ctx.log_line.Close(); });
+    else
+        Call(ctx.hooks.Receive_Event, false); // the write's answers are not the log's
     Call(ctx.hooks.Log_Timers, false);
     flags.Logging_Active = false;
 
@@ -170,6 +173,7 @@ void Write_while_logging(Live_Context& ctx) {
     }
     flags.Logging_Active = true;
     guard.Step([&] { Call(ctx.hooks.Drop_Log_Input); });
+    Call(ctx.hooks.Receive_Event, true);
     Call(ctx.hooks.Log_Timers, true);
     guard.Step([&] { ctx.log_line.Write(ctx.Log_Start_Command); });
     live.Restarted_At = s.link.Now();
@@ -264,9 +268,10 @@ void Adjust_Current_Cell_TX(Live_Context& ctx) {
         s.dialogs.Inform("Did not get right info about written data. EEAdr missing.\r\n" + answer);
         return;
     }
+    // The box's change is an edit like any other: one step for undo.
+    guard.Step([&] { s.Call(s.hooks.save_to_undolist); });
     for (const Adjusted_Byte& b : Adjusted_Bytes(answer)) {
         guard.Step([&] {
-            if (ctx.hooks.Before_Image_Change) ctx.hooks.Before_Image_Change();
             s.image.CardByte[static_cast<std::size_t>(Checked_Address(b.address))] =
                 static_cast<std::uint8_t>(b.value);
         });

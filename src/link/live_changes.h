@@ -57,8 +57,6 @@ struct Live_Hooks {
     std::function<void()> Drop_Log_Input;
     // Opens the log's port again with the log's port settings.
     std::function<void()> Open_Log_Port;
-    // The undo snapshot, taken before the box's answer changes the image.
-    std::function<void()> Before_Image_Change;
     // Each status text as it is set, in order.
     std::function<void(const std::string& text)> Status;
 };

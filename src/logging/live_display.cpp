@@ -51,17 +51,6 @@ bool In_Layout(const Log_State& log, int column) {
     return column >= 1 && column <= log.columns.Signals && column < Log_Data_Columns;
 }
 
-// The column of input `input`: the layout of datasets from 200 logs the twelve inputs from
-// its first analogue column on; the older one only four, and four of the slave.
-int Input_Column(const Log_State& log, int input, bool slave) {
-    const Log_Columns& c = log.columns;
-    if (slave) return input <= 4 && c.Col_AN1_Slave > 0 ? c.Col_AN1_Slave + input - 1 : -1;
-    if (c.Col_AN1 <= 0) return -1;
-    const bool wide = c.Col_AN1 >= 12;
-    if (!wide && input > 4) return -1;
-    return c.Col_AN1 + input - 1;
-}
-
 int Labelled_Column(const Log_State& log, const std::string& label) {
     for (int i = 0; i < log.columns.Signals && i < Log_Signal_Count; ++i)
         if (log.setup.controls[static_cast<std::size_t>(i)].label == label) return i + 1;
@@ -113,7 +102,7 @@ int Gauge_Column(const Log_State& log, int gauge) {
         column = c.Col_RPM;
         break;
     case Kind::Analog:
-        column = Input_Column(log, g.input, g.slave);
+        column = g.slave ? Slave_Input_Column(c, g.input) : Input_Column(c, g.input);
         break;
     case Kind::Ignition:
         column = c.Col_Ign;

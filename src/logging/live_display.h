@@ -28,6 +28,23 @@ struct Gauge_Reading {
 
 using Gauge_Readings = std::array<Gauge_Reading, Gauge_Count>;
 
+// The cell the engine runs in on one main map, as the cursor shows it (Cursor_Column,
+// Cursor_Row, and the fractions Cursor_X, Cursor_Y inside that cell), with the map's points the
+// engine draws on: the lower ones and the weights of the cursor's, for the cells around it.
+struct Running_Cell {
+    bool shown = false;
+    int Cursor_Column = 1, Cursor_Row = 1;
+    double Cursor_X = 0, Cursor_Y = 0;
+    int lower_column = 1, lower_row = 1;
+    double column_weight = 1, row_weight = 1;
+};
+
+// What the live display keeps between its updates: the running cell of each main map, on
+// which the live frame's plus and minus act.
+struct Live_Display_State {
+    Running_Cell fuel, ign;
+};
+
 // The column of Log_Data that gauge `gauge` shows in this log's layout; -1 for none.
 int Gauge_Column(const Log_State& log, int gauge);
 

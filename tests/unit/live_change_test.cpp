@@ -83,6 +83,7 @@ protected:
         link = std::make_unique<Link_Context>(
             Link_Context{program, texts, flags, link_state, debug, *wire, no_auto_start, h});
         settings = std::make_unique<Settings_Context>(Settings_Context{*link, image, rw, files, dialogs, {}});
+        settings->hooks.save_to_undolist = [this] { ++snapshots; };
     }
 
     void Start(bool binary = false) {
@@ -103,7 +104,6 @@ protected:
     Live_Context Live() {
         Live_Context c = Live_Context_Of(*ctx, *settings, live);
         c.hooks.Status = [this](const std::string& text) { said.push_back(text); };
-        c.hooks.Before_Image_Change = [this] { ++snapshots; };
         return c;
     }
 
