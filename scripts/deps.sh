@@ -10,6 +10,7 @@ packages=(
     clang-format
     pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
     unrtf
+    fonts-dejavu-core
 )
 missing=()
 for p in "${packages[@]}"; do

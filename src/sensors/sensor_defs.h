@@ -108,6 +108,9 @@ std::optional<double> Forward_Sensor_Calc(const Sensor_Table& table, int s, doub
                                           bool* is_linear_sensor = nullptr);
 // The same without the clamp on the caller's variable.
 std::optional<double> Forward_Sensor_Value(const Sensor_Table& table, int s, double raw);
+// The value before its rounding to the sensor's decimals, for a ratio of two readings that
+// the rounding would blur (an AFR sensor shows one decimal, 0.7 % of a reading).
+std::optional<double> Forward_Sensor_Exact(const Sensor_Table& table, int s, double raw);
 
 // The raw reading of physical value `v`: the arithmetic alone, with no effect on any screen.
 // nullopt for -1 and for a row that is neither Linear nor Tab. A value outside a Tab table,
@@ -155,6 +158,9 @@ struct Analog_Hooks {
     std::function<void()> Update_Tabs;
     std::function<void()> Update_All;
     std::function<void()> Update_scroll_change;
+    // Parameters measured on the input keep their physical value under the new sensor; runs
+    // before the others.
+    std::function<void(int input)> Keep_Physical_sensorvalue;
 };
 
 // An_Sel from the keys "an_sel1" to "an_sel12", unchecked.

@@ -13,7 +13,9 @@
 #include "ui/link_panel.h"
 #include "ui/map_tabs.h"
 #include "ui/qx_3dmap.h"
+#include "ui/qx_autosetup_frm.h"
 #include "ui/qx_debug.h"
+#include "ui/qx_fuel_correction.h"
 #include "ui/qx_prefs.h"
 #include "ui/qx_rpm.h"
 #include "ui/qx_settings.h"
@@ -42,6 +44,8 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <filesystem>
+
 #ifndef QUORLEN_VERSION
 #define QUORLEN_VERSION "0.0.0"
 #endif
@@ -55,15 +59,16 @@ const char* const Comment_Text = "Settings, maps and logs for the RZ400 and RZ80
 // The unload orders of the two shutdown routes. Forms of later windows are named already;
 // unloading one that was never made does nothing.
 const char* const Exit_Menu_Order[] = {
-    "QX_3Dmap",           "QX_3D_MAP",    "QX_AutoSetup_frm", "QX_Debug",      "QX_Log",
-    "QX_Log_HS",          "QX_Log_Setup", "QX_prefs",         "QX_RPM",        "QX_Sensor_Editor",
-    "QX_Setting_Summary", "QX_settings",  "frm_TodosII",      "BoostProgMain", "Display"};
+    "QX_3Dmap",    "QX_3D_MAP",    "QX_AutoSetup_frm", "QX_Debug", "QX_Fuel_Correction", "QX_Log",
+    "QX_Log_HS",   "QX_Log_Setup", "QX_prefs",         "QX_RPM",   "QX_Sensor_Editor",   "QX_Setting_Summary",
+    "QX_settings", "frm_TodosII",  "BoostProgMain",    "Display"};
 const char* const Unload_Order[] = {"Autoguide_startup_Dialog",
                                     "QX_3D_MAP",
                                     "QX_3Dmap",
                                     "QX_AutoSetup_frm",
                                     "QX_CrankView",
                                     "QX_Debug",
+                                    "QX_Fuel_Correction",
                                     "QX_Log",
                                     "QX_Log_HS",
                                     "QX_Log_Setup",
@@ -113,6 +118,7 @@ BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options
     dialogs_ = std::make_unique<Qt_User_Dialogs>(this, "Quorlen");
     dialogs_->Set_Unattended(options_.unattended);
     active_dialogs_ = dialogs_.get();
+    open_url_ = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     Build_Window();
 }
 
@@ -152,7 +158,11 @@ void BoostProgMain::Build_Menus() {
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
     action(settings, "mnu_Settings", "&Engine settings...", [this] { Show_Settings(); });
+    action(settings, "mnu_AutoSetup", "&Auto Setup...", [this] { Show_AutoSetup(); });
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
+    settings->addSeparator();
+    action(settings, "mnu_Sensor_Editor", "&Sensor viewer...", &BoostProgMain::mnu_Sensor_Editor_Click);
+    action(settings, "mnu_Transform_3D", "&Map size conversion...", &BoostProgMain::mnu_Transform_3D_Click);
 
     QMenu* view = menuBar()->addMenu("&View");
     view->setObjectName("View_menu");
@@ -302,6 +312,7 @@ void BoostProgMain::Build_Window() {
                         "Cylinder trim", "Auto fuel"});
     SSTab_PWM_ = Tabs(sstab_Main_, "SSTab_PWM", {"PWM 1", "PWM1 comp.", "PWM 2", "PWM 3", "PWM 4"});
     Build_Map_Tabs();
+    Build_Auto_Fuel_Tab();
     sstab_Main_->addTab(SSTab_Ignition_, "Ignition");
     sstab_Main_->addTab(SSTab_Fuel_, "Fuel");
     sstab_Main_->addTab(SSTab_PWM_, "PWM");
@@ -471,6 +482,7 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         hooks.Update_Tabs = [this] { Update_Tabs(); };
         hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
         hooks.Clear_Err_Counters = [this] { Clear_Err_Counters_cmd_Click(); };
+        hooks.Show_Transform_3D = [this](int head) { Show_Transform_3D(head); };
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
@@ -482,14 +494,25 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = Make_Crank_View();
     } else if (name == "QX_Setting_Summary") {
         form = Make_Setting_Summary_Window();
+    } else if (name == "QX_Fuel_Correction") {
+        Fuel_Correction_Hooks hooks;
+        hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+        hooks.Update_All = [this] { Update_All(); };
+        form = new QX_Fuel_Correction(app_, std::move(hooks), this);
     } else if (name == "QX_RPM") {
         form = new QX_RPM(
             app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
+    } else if (name == "QX_Sensor_Editor") {
+        form = Make_Sensor_Editor();
+    } else if (name == "QX_Transform_3D") {
+        form = Make_Transform_3D();
+    } else if (name == "QX_AutoSetup_frm") {
+        form = Make_AutoSetup_Form();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
-            app_, this, [] {},
+            app_, this, [this] { Show_AutoSetup(); },
             [this](int index) {
                 Autoguide_Click(app_, index);
                 if (Form_Exists("QX_prefs"))
@@ -651,15 +674,17 @@ void BoostProgMain::File_save_as_Click() {
 }
 
 // After a step back or forth the next digit starts a new number, as after a move of the
-// cursor: it must not go on with a number the image no longer shows.
+// cursor: it must not go on with a number the image no longer shows. The step may bring back
+// another sensor on an input or another load on a map, so the inputs and the tabs follow the
+// image before the maps are drawn through them.
 void BoostProgMain::edit_undo_Click() {
-    quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Analog_Follows_Image(); });
     Grid_RowColChange(app_.tables);
     Undo_Menu_Follows();
 }
 
 void BoostProgMain::edit_redo_Click() {
-    quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Analog_Follows_Image(); });
     Grid_RowColChange(app_.tables);
     Undo_Menu_Follows();
 }
@@ -691,12 +716,22 @@ void BoostProgMain::Show_Settings(int index) {
 }
 
 void BoostProgMain::Help_Quorlen_Click() {
-    QDesktopServices::openUrl(
-        QUrl::fromLocalFile(QString::fromStdString(app_.program.App_Path + app_.program.Manual_Link)));
+    Open_Manual();
+}
+
+void BoostProgMain::Open_Manual() {
+    const std::string path = app_.program.App_Path + app_.program.Manual_Link;
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) {
+        active_dialogs_->Inform("The manual is not where the program looks for it:\n" + path);
+        return;
+    }
+    if (!open_url_(QUrl::fromLocalFile(QString::fromStdString(path))))
+        active_dialogs_->Inform("The desktop has no viewer for the manual:\n" + path);
 }
 
 void BoostProgMain::Help_wwwlink_Click() {
-    QDesktopServices::openUrl(QUrl(QString::fromStdString(app_.program.Web_Link)));
+    open_url_(QUrl(QString::fromStdString(app_.program.Web_Link)));
 }
 
 void BoostProgMain::Help_About_Click() {

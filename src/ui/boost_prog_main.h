@@ -12,6 +12,7 @@
 
 #include <QMainWindow>
 #include <QPointer>
+#include <QUrl>
 
 #include <functional>
 #include <map>
@@ -50,6 +51,8 @@ public:
     User_Dialogs& Dialogs() { return *dialogs_; }
     // Tests put their scripted answers here.
     void Use_Dialogs(User_Dialogs* dialogs) { active_dialogs_ = dialogs; }
+    // How a file or a web address is handed to the desktop; tests catch it here.
+    void Use_Url_Opener(std::function<bool(const QUrl&)> open) { open_url_ = std::move(open); }
 
     void Form_Load();
     void Form_Activate();
@@ -66,9 +69,19 @@ public:
     void Help_Quorlen_Click();
     void Help_wwwlink_Click();
     void Help_About_Click();
+    // The manual (Manual_Link beside the program) in the desktop's viewer, or a word on why not.
+    void Open_Manual();
     void Show_Prefs();
     // The settings form, on its last tab or on tab `index`.
     void Show_Settings(int index = -1);
+    // The sensor viewer and the map size conversion (boost_prog_main_sensors.cpp).
+    void mnu_Sensor_Editor_Click();
+    void mnu_Transform_3D_Click();
+    void Show_Transform_3D(int head); // 0 the fuel map's page, 1 the ignition map's
+    // The auto setup guide where it stands, or at `step`.
+    void Show_AutoSetup(int step = 0);
+    // sstab_Main on `tab`, and the Ignition or Fuel tabs under it on `sub_tab`.
+    void Show_Main_Tab(int tab, int sub_tab);
 
     // Refreshes every view from the image (boost_prog_main_tables.cpp).
     void Update_All();
@@ -207,7 +220,13 @@ private:
     QWidget* Make_Log_Window();
     QWidget* Make_HS_Log_Window();
     QWidget* Make_Crank_View();
+    QWidget* Make_Sensor_Editor();
+    QWidget* Make_Transform_3D();
+    // The open sensor viewer and size conversion follow the image.
+    void Refresh_Sensor_Forms();
     QWidget* Make_Setting_Summary_Window();
+    QWidget* Make_AutoSetup_Form();
+    void Build_Auto_Fuel_Tab();
     void Build_Log_Window();
     // The settings form if it has been made, else null.
     class QX_settings* Settings_Form_If_Made();
@@ -216,6 +235,7 @@ private:
     Start_Options options_;
     std::unique_ptr<Qt_User_Dialogs> dialogs_;
     User_Dialogs* active_dialogs_ = nullptr;
+    std::function<bool(const QUrl&)> open_url_;
     std::map<std::string, QPointer<QWidget>> forms_;
     std::unique_ptr<frmSplash> splash_;
     bool UpdateBusy_ = false;

@@ -9,6 +9,7 @@
 #include "link/read_verify.h"
 #include "logging/log_export.h"
 #include "ui/boost_prog_main.h"
+#include "ui/map_tabs.h"
 #include "ui/qt_dialogs.h"
 #include "ui/qx_log.h"
 #include "ui/qx_rpm.h"
@@ -59,8 +60,14 @@ QWidget* BoostProgMain::Make_Log_Window() {
     hooks.Show_Current_Data = [this] { cmd_Show_Current_Data_Click(); };
     hooks.Show_Current_Data_Clear = [this] { cmd_Show_Current_Data_Clear(); };
     hooks.Show_Display = [this] { Show_Display(); };
+    hooks.Show_Fuel_Correction = [this] {
+        QWidget* form = Form("QX_Fuel_Correction");
+        form->show();
+        form->raise();
+    };
     hooks.Chart_Changed = [this] {
         if (Form_Exists("QX_RPM")) static_cast<QX_RPM*>(Form("QX_RPM"))->Update_Graph();
+        if (map_tabs_ != nullptr) map_tabs_->Log_Changed();
     };
     return new QX_Log(app_, std::move(hooks), this);
 }

@@ -4,6 +4,7 @@
 #include "ui/boost_prog_main.h"
 
 #include "ui/map_tabs.h"
+#include "ui/qx_autosetup_frm.h"
 #include "ui/qx_settings.h"
 
 #include "app/tune_tools.h"
@@ -23,6 +24,7 @@ void BoostProgMain::Build_Map_Tabs() {
     hooks.Form = [this](const std::string& name) { return Form(name); };
     hooks.Form_Exists = [this](const std::string& name) { return Form_Exists(name); };
     hooks.Write_while_logging = [this] { Write_while_logging(); };
+    hooks.Show_Transform_3D = [this](int head) { Show_Transform_3D(head); };
     map_tabs_ = new Map_Tabs(app_, std::move(hooks), SSTab_Ignition_, SSTab_Fuel_, SSTab_PWM_, this);
 }
 
@@ -35,10 +37,13 @@ void BoostProgMain::Update_All() {
     Engine_Config_Follow_Image(app_.engine, app_.image);
     Show_Fuel_Mode();
     Undo_Menu_Follows();
+    if (Form_Exists("QX_AutoSetup_frm"))
+        static_cast<QX_AutoSetup_frm*>(Form("QX_AutoSetup_frm"))->Follow_Image();
     // A hidden settings form catches up when it is shown.
     if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
         settings->Update_Settings();
     Refresh_Crank_View();
+    Refresh_Sensor_Forms();
     UpdateBusy_ = false;
 }
 

@@ -44,6 +44,8 @@ struct Map_Tabs_Hooks {
     std::function<bool(const std::string&)> Form_Exists;
     // Enter on a main map while a log stream holds the port.
     std::function<void()> Write_while_logging;
+    // The map size conversion, on the page of the fuel (0) or the ignition (1) map.
+    std::function<void(int head)> Show_Transform_3D;
 };
 
 class Map_Tabs final : public QObject {
@@ -79,6 +81,8 @@ public:
     void Verify_View();
     // The surface view, made on first use.
     void Show_3D_View();
+    // The open log changed: the "Log hits" colouring follows it.
+    void Log_Changed();
 
     // --- the running point (map_tabs_curser.cpp) ---
 
@@ -157,6 +161,7 @@ private:
     QLineEdit* Mid_3D_limit_txt_ = nullptr;
     QFrame* Color_Low_frame_ = nullptr;
     QFrame* Color_High_frame_ = nullptr;
+    QLabel* Log_Hits_Legend_ = nullptr;
     QCheckBox* Verify_Check_ = nullptr;
 
     // Curser_3dfuel and Curser_IGN: the frame round the running point, its four sides, and

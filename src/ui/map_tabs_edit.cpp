@@ -5,6 +5,7 @@
 
 #include "ui/map_tabs.h"
 
+#include "analysis/cell_hits.h"
 #include "tables/cell_entry.h"
 #include "tables/selection_ops.h"
 #include "ui/qx_3dmap.h"
@@ -33,39 +34,6 @@ namespace {
 
 bool Is_Main_Map(Table_Id id) {
     return id == Table_Id::Fuel_3D || id == Table_Id::Ignition_3D;
-}
-
-// The key code a grid's handlers know for a key event; 0 for one they don't.
-int Key_Code_Of(const QKeyEvent* e) {
-    if (e->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return 0;
-    const bool pad = e->modifiers() & Qt::KeypadModifier;
-    const int key = e->key();
-    if (key >= Qt::Key_0 && key <= Qt::Key_9) return (pad ? Key::Pad_0 : '0') + (key - Qt::Key_0);
-    switch (key) {
-    case Qt::Key_Backspace:
-        return Key::Back;
-    case Qt::Key_Delete:
-        return Key::Delete;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        return Key::Enter;
-    case Qt::Key_Period:
-        return pad ? Key::Pad_Decimal : Key::Point;
-    case Qt::Key_Comma:
-        return pad ? Key::Pad_Decimal : Key::Comma;
-    case Qt::Key_Minus:
-        return pad ? Key::Pad_Minus : Key::Minus;
-    case Qt::Key_P:
-        return Key::P;
-    case Qt::Key_O:
-        return Key::O;
-    case Qt::Key_A:
-        return Key::A;
-    case Qt::Key_Z:
-        return Key::Z;
-    default:
-        return 0;
-    }
 }
 
 void Paint_Frame(QFrame* frame, const Rgb& c) {
@@ -208,8 +176,8 @@ QWidget* Map_Tabs::Build_Main_Map_Panel() {
     // Colouring: the four modes, the mid value and the colours of its two ends.
     auto* colours = new QHBoxLayout;
     Color_3D_Check_ = new QButtonGroup(panel);
-    const char* captions[] = {"No color", "Colored as ms", "Gray scale", "Colored as duty cycle"};
-    for (int i = 0; i < 4; ++i) {
+    const char* captions[] = {"No color", "Colored as ms", "Gray scale", "Colored as duty cycle", "Log hits"};
+    for (int i = 0; i < 5; ++i) {
         auto* option = new QRadioButton(captions[i], panel);
         option->setObjectName(QStringLiteral("Color_3D_Check(%1)").arg(i));
         Color_3D_Check_->addButton(option, i);
@@ -243,6 +211,13 @@ QWidget* Map_Tabs::Build_Main_Map_Panel() {
     }
     Color_Low_frame_->setToolTip("Colour of the lowest value");
     Color_High_frame_->setToolTip("Colour of the highest value");
+    edit_controls_["Color_3D_Check(4)"]->setToolTip(
+        "How long the open log ran in each cell, spread over the four points around each row");
+    Log_Hits_Legend_ = new QLabel(panel);
+    Log_Hits_Legend_->setObjectName("Log_Hits_Legend");
+    Log_Hits_Legend_->hide();
+    colours->addSpacing(6);
+    colours->addWidget(Log_Hits_Legend_);
     colours->addSpacing(12);
     Verify_Check_ = new QCheckBox("Verify", panel);
     Verify_Check_->setObjectName("Verify_Check");
@@ -340,11 +315,34 @@ void Map_Tabs::Colours_Follow_Image() {
     Tables_Context ctx = Context();
     Map_Colours fuel = Update_3D_Colors(ctx);
     Map_Colours ign = Update_3D_Ign_Colors(ctx);
-    models_[Table_Id::Fuel_3D]->Set_Colours(fuel);
-    models_[Table_Id::Ignition_3D]->Set_Colours(ign);
-    const Map_Colours& shown = Current_Table(app_.tables) == Table_Id::Ignition_3D ? ign : fuel;
+    const bool hits = app_.tables.colours.Color_3D_Check == Colour_Mode::Log_Hits;
+    const bool ign_shown = Current_Table(app_.tables) == Table_Id::Ignition_3D;
+    QString legend;
+    for (auto [id, colours] : {std::pair{Table_Id::Fuel_3D, &fuel}, std::pair{Table_Id::Ignition_3D, &ign}}) {
+        std::vector<QString> tips;
+        if (hits) {
+            const Hit_Grid grid =
+                Cell_Hits(Make_Map_Locator(app_.image, app_.sensors, *app_.log_state, id), *app_.log_state);
+            *colours = Log_Hit_Colours(grid);
+            for (double seconds : grid.seconds)
+                tips.push_back(QString::fromStdString(Hit_Text(seconds)));
+            if ((id == Table_Id::Ignition_3D) == ign_shown) legend = QString::fromStdString(Hit_Legend(grid));
+        }
+        models_[id]->Set_Colours(*colours);
+        models_[id]->Set_Tooltips(std::move(tips));
+    }
+    const Map_Colours& shown = ign_shown ? ign : fuel;
     Paint_Frame(Color_Low_frame_, shown.low);
     Paint_Frame(Color_High_frame_, shown.high);
+    Log_Hits_Legend_->setText(legend);
+    Log_Hits_Legend_->setVisible(hits);
+    Color_Low_frame_->setToolTip(hits ? "No time in the log" : "Colour of the lowest value");
+    Color_High_frame_->setToolTip(hits ? "The cell the log spent the most time in"
+                                       : "Colour of the highest value");
+}
+
+void Map_Tabs::Log_Changed() {
+    if (app_.tables.colours.Color_3D_Check == Colour_Mode::Log_Hits) Recolour();
 }
 
 // A change of the colouring alone: the main maps repaint, nothing else is read.
@@ -387,20 +385,7 @@ void Map_Tabs::Refresh_3D_View() {
 // --- grids ------------------------------------------------------------------------------------------
 
 Grid_Selection Map_Tabs::Selection_Of(Table_Id id) const {
-    QTableView* view = Grid(id);
-    QModelIndex current = view->currentIndex();
-    QItemSelection selection = view->selectionModel()->selection();
-    if (selection.isEmpty()) {
-        int r = current.isValid() ? std::max(current.row(), 1) : 1;
-        int c = current.isValid() ? std::max(current.column(), 1) : Is_Main_Map(id) ? 1 : 2;
-        return {r, c, r, c};
-    }
-    const QItemSelectionRange& range = selection.first();
-    bool anchored = current.isValid() && range.contains(current);
-    int row = anchored ? current.row() : range.top();
-    int col = anchored ? current.column() : range.left();
-    return {row, col, row == range.top() ? range.bottom() : range.top(),
-            col == range.left() ? range.right() : range.left()};
+    return View_Selection(Grid(id), Is_Main_Map(id) ? 1 : 2);
 }
 
 void Map_Tabs::Set_Selection(Table_Id id, const Grid_Selection& sel) {
@@ -441,10 +426,8 @@ bool Map_Tabs::Grid_Key(Table_Id id, QKeyEvent* e) {
         std::string clip = copy ? std::string() : QApplication::clipboard()->text().toStdString();
         if (main_map)
             (fuel ? Fuel_3D_Grid_KeyPress : Ignition_3D_Grid_KeyPress)(ctx, sel, code, clip, hooks);
-        else if (One_D(id))
+        else
             One_D_Grid_KeyPress(ctx, id, sel, code, clip, hooks);
-        else if (copy) // a grid that only shows its table
-            clip = Grid_Selection_Text(ctx, id, sel);
         if (copy) {
             QApplication::clipboard()->setText(QString::fromStdString(clip));
         } else {
@@ -454,7 +437,7 @@ bool Map_Tabs::Grid_Key(Table_Id id, QKeyEvent* e) {
         return true;
     }
 
-    const int code = Key_Code_Of(e);
+    const int code = Grid_Key_Code(e);
     // Letters and signs that do nothing here must not move the cursor as a search would.
     const bool printable = !e->text().isEmpty() && e->text().at(0).isPrint() &&
                            !(e->modifiers() & (Qt::ControlModifier | Qt::AltModifier));

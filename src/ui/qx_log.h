@@ -56,6 +56,8 @@ struct Log_Window_Hooks {
     std::function<void(const std::string& text)> Show_Engine_On;
     // The RPM graph: shown on request, and brought up to date whenever the chart changes.
     std::function<void()> Show_RPM_Graph;
+    // The fuel correction from this log, made on first use.
+    std::function<void()> Show_Fuel_Correction;
     std::function<void()> Chart_Changed;
     // The live display: its update every 200 ms while a log runs, its emptying when the log
     // stops, and the form itself.
@@ -92,6 +94,9 @@ public:
     // The setting summary viewer, showing the settings this log was taken with.
     void Setting_Summary_Click();
     void Log_Picture_File_Save_As_Click();
+    // The log sensors changed (one was stored by the sensor viewer): their section text, the
+    // signals' names and units, and the list follow.
+    void Log_Sensors_Changed();
 
     // The chart and its window of rows.
     void Update_Chart();

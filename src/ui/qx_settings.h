@@ -5,6 +5,7 @@
 // the logic of what each shows and does lives in engine/.
 
 #include "app/app_context.h"
+#include "engine/axis_transform.h"
 #include "engine/page_charts.h"
 #include "engine/page_choices.h"
 #include "ui/child_form.h"
@@ -31,12 +32,15 @@ class QLineEdit;
 class QScrollArea;
 class QScrollBar;
 class QTabWidget;
+class QTableView;
 class QVBoxLayout;
 
 namespace quorlen::ui {
 
 class Engine_Config_Box;
+class Image_Table_Model;
 class Model_Preset_Box;
+class Map_Axes_Panel;
 
 struct QX_settings_Hooks {
     std::function<User_Dialogs&()> Dialogs;
@@ -45,7 +49,9 @@ struct QX_settings_Hooks {
     std::function<void()> Update_Tabs;
     std::function<void()> Show_Right_Tabs;
     // Clears the box's error counters and writes them (the main window's routine).
-    std::function<void()> Clear_Err_Counters;
+    std::function<void()>
+        Clear_Err_Counters; // The map size conversion, on the page of the fuel (0) or the ignition (1) map.
+    std::function<void(int head)> Show_Transform_3D;
 };
 
 class QX_settings final : public Child_Form {
@@ -88,6 +94,8 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    // Typing, Ctrl+C and Ctrl+V on the PWM2 extra fuel grid.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // One slider with its label (none for the unlabelled cells of the digital outputs' grid),
@@ -129,6 +137,8 @@ private:
     Choice& Add_Choice(const Page_Choice& c, QWidget* parent, QGridLayout* grid, int row);
     Chart* Add_Chart(QWidget* parent, const QString& name, const QString& title);
     void Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QVBoxLayout* right);
+    void Build_Pwm_Fuel_Grid(QGroupBox* box);
+    QWidget* Build_Map_Axes(Map_Head head, QWidget* page);
 
     void Choice_Clicked(const Page_Choice& c, int n);
     void Text_Entered(int index);
@@ -165,8 +175,12 @@ private:
     QLabel* Fuel_teeth_recomend_ = nullptr;
     QLabel* Forbidden_tooth_label_ = nullptr;
     QLabel* Analog_Input_Sensors_ = nullptr;
+    QTableView* PWM2_FuelCorr_grid_ = nullptr;
+    Image_Table_Model* Pwm_Fuel_Model_ = nullptr;
     Engine_Config_Box* Engine_Config_frame_ = nullptr;
     Model_Preset_Box* Model_preset_frame_ = nullptr;
+    // The shape and axes of the fuel map (Fuel settings) and of the ignition map (Ignition).
+    std::array<Map_Axes_Panel*, 2> axes_{};
     Settings_View view_;
     QString filter_;
     bool showing_ = false; // the program is setting the controls: their signals do nothing

@@ -2,9 +2,13 @@
 // and the charts.
 
 #include "ui/engine_config_box.h"
+#include "ui/map_axes_panel.h"
 #include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
 #include "ui/qx_settings.h"
+#include "ui/table_models.h"
+
+#include "tables/cell_entry.h"
 
 #include <QButtonGroup>
 #include <QChart>
@@ -15,6 +19,7 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProxyStyle>
@@ -25,6 +30,7 @@
 #include <QStyleOptionTab>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTableView>
 #include <QVBoxLayout>
 #include <QValueAxis>
 
@@ -393,9 +399,60 @@ void QX_settings::Build_Digital_Outputs(QGroupBox* box) {
     }
 }
 
+// The PWM2 extra fuel table under its switch: the output's duty down the side, the fuel it
+// adds beside, typed into as the one-dimensional maps are.
+void QX_settings::Build_Pwm_Fuel_Grid(QGroupBox* box) {
+    auto* grid = static_cast<QGridLayout*>(box->layout());
+    Pwm_Fuel_Model_ =
+        new Image_Table_Model([this] { return app_.Tables(hooks_.Dialogs()); }, Table_Id::Pwm2_Fuel, this);
+    PWM2_FuelCorr_grid_ = new QTableView(box);
+    QTableView* view = PWM2_FuelCorr_grid_;
+    view->setObjectName("PWM2_FuelCorr_grid");
+    view->setModel(Pwm_Fuel_Model_);
+    view->horizontalHeader()->hide();
+    view->verticalHeader()->hide();
+    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view->setCornerButtonEnabled(false);
+    view->setSelectionMode(QAbstractItemView::ContiguousSelection);
+    view->setItemDelegate(new Grid_Cell_Delegate(view));
+    Pwm_Fuel_Model_->Set_Font(view->font());
+    view->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    view->verticalHeader()->setDefaultSectionSize(QFontMetrics(view->font()).height() + 6);
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+    view->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    view->installEventFilter(this);
+    // Any move of the selection starts a new number.
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { Grid_RowColChange(app_.tables); });
+    connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this] { Grid_RowColChange(app_.tables); });
+    grid->addWidget(view, grid->rowCount(), 0, 1, 4, Qt::AlignLeft);
+}
+
+QWidget* QX_settings::Build_Map_Axes(Map_Head head, QWidget* page) {
+    const bool fuel = head == Map_Head::Fuel;
+    Map_Axes_Hooks hooks{hooks_.Dialogs, hooks_.Update_Tabs, hooks_.Show_Right_Tabs, hooks_.Update_All};
+    auto* panel = new Map_Axes_Panel(app_, head, std::move(hooks),
+                                     fuel ? "Fuel map size and axes" : "Ignition map size and axes", page);
+    auto* convert = new QPushButton("Size conversion...", panel);
+    convert->setObjectName(fuel ? "Fuel_Transform_3D_cmd" : "Ign_Transform_3D_cmd");
+    convert->setToolTip("Change the size or the axes of the map and convert it, keeping its values");
+    panel->Buttons()->addWidget(convert);
+    connect(convert, &QPushButton::clicked, this, [this, fuel] {
+        if (hooks_.Show_Transform_3D) hooks_.Show_Transform_3D(fuel ? 0 : 1);
+    });
+    axes_[fuel ? 0 : 1] = panel;
+    return panel;
+}
+
 void QX_settings::Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QVBoxLayout* right) {
     auto grid_of = [this](const char* frame) { return static_cast<QGridLayout*>(frames_[frame]->layout()); };
     switch (tab) {
+    case Settings_Tab::PWM_Outputs:
+        Build_Pwm_Fuel_Grid(frames_["PWM2_FuelCorr_frame"]);
+        break;
     case Settings_Tab::Temp_Corrections:
         Temp_Chart_ = Add_Chart(page, "Temp_Chart", "Temperature corrections");
         right->addWidget(Temp_Chart_->view);
@@ -408,6 +465,10 @@ void QX_settings::Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QV
         Battery_Chart_ = Add_Chart(page, "Battery_Chart", "Battery correction");
         Battery_Chart_->chart->legend()->hide();
         right->addWidget(Battery_Chart_->view);
+        left->addWidget(Build_Map_Axes(Map_Head::Fuel, page));
+        break;
+    case Settings_Tab::Ignition:
+        right->addWidget(Build_Map_Axes(Map_Head::Ignition, page));
         break;
     case Settings_Tab::Digital_Inputs: {
         QGridLayout* dig2 = grid_of("Dig2_frame");

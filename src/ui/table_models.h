@@ -16,7 +16,16 @@
 #include <functional>
 #include <vector>
 
+class QKeyEvent;
+class QTableView;
+
 namespace quorlen::ui {
+
+// The key code the grids' handlers know for a key event; 0 for one they don't.
+int Grid_Key_Code(const QKeyEvent* e);
+// The selection of a grid as the grid keeps it (anchor and far corner); without a selection
+// the current cell, or row 1 and column `first_col`.
+Grid_Selection View_Selection(const QTableView* view, int first_col);
 
 class Image_Table_Model final : public QAbstractTableModel {
 public:
@@ -40,6 +49,8 @@ public:
     // The back colours of the value cells (a main map's colouring); empty for plain white.
     void Set_Colours(const Map_Colours& colours);
     QColor Cell_Colour(int row, int col) const;
+    // Tooltips of the value cells, row after row; empty for none.
+    void Set_Tooltips(std::vector<QString> tips);
     // The selected cells show the number being typed until the selection moves on.
     void Show_Key_Text(int r1, int c1, int r2, int c2, const QString& text);
     void Drop_Key_Text();
@@ -51,6 +62,7 @@ private:
     Grid_Shape shape_;
     QFont bold_;
     Map_Colours colours_;
+    std::vector<QString> tooltips_;
     QString key_text_;
     int key_r1_ = 0, key_c1_ = 0, key_r2_ = -1, key_c2_ = -1;
 };

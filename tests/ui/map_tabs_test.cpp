@@ -113,7 +113,8 @@ TEST_F(MapTabs, EverySizeOfBothMainMapsRendersWithItsShapeAndFirstCell) {
 }
 
 TEST_F(MapTabs, AStepOfThreeBecomesTwoWithOneMessageForItsAxis) {
-    Image().CardByte[257] = 3; // fuel RPM axis, twice out of rule
+    Image().CardByte[257] = 2; // fuel RPM axis: an offset, then twice out of rule
+    Image().CardByte[258] = 3;
     Image().CardByte[260] = 200;
     Image().CardByte[653 + 18 + 1 + 2] = 5; // ignition load axis
     window->Update_All();
@@ -123,9 +124,9 @@ TEST_F(MapTabs, AStepOfThreeBecomesTwoWithOneMessageForItsAxis) {
     EXPECT_EQ(
         dialogs.informed[1],
         "Some errors in Ignition Load table was automatically corrected. Double check and save the file");
-    EXPECT_EQ(Image().CardByte[257], 2);
+    EXPECT_EQ(Image().CardByte[258], 2);
     EXPECT_EQ(Image().CardByte[260], 128);
-    EXPECT_EQ(Cell("Fuel_3D_Grid", 0, 1), "125");
+    EXPECT_EQ(Cell("Fuel_3D_Grid", 0, 2), "250");
     window->Update_All();
     EXPECT_EQ(dialogs.informed.size(), 2u);
 }
@@ -140,14 +141,9 @@ TEST_F(MapTabs, OneDimensionalTablesAndCompensationSlidersFollowTheImage) {
     EXPECT_EQ(Cell("PWM_MAP_Grid(1)", 1, 2), "100.0");
     EXPECT_EQ(Cell("PWM_MAP_Grid(1)", 21, 0), "10000");
 
-    // PWM2 extra fuel on its own grid beside PWM 2: axis in percent of the output, value in
-    // percent of fuel.
-    Image().CardByte[49] = 64; // the first axis step
-    Image().CardByte[54] = 138;
-    window->Update_All();
-    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 0, 0), "PWM2 [%]");
-    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 1, 0), "25.1");
-    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 1, 1), "2.0");
+    // PWM2 extra fuel stands on the settings form, not with the PWM tables.
+    EXPECT_EQ(window->findChild<QTabWidget*>("SSTab_PWM")->findChild<QTableView*>("PWM2_FuelCorr_grid"),
+              nullptr);
 
     auto* scroll = window->findChild<QScrollBar*>("scroll(93)");
     ASSERT_NE(scroll, nullptr);

@@ -11,7 +11,10 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace boxsim {
 
@@ -37,10 +40,29 @@ struct Engine_Sample {
     std::array<std::uint8_t, 40> columns{};
     std::array<std::uint8_t, 3> status{};
     std::uint32_t engine_on = 0; // 24-bit counter, one step a row
+    // What the drive is doing, for the figures that follow from it.
+    bool wot = false;
+    bool fuel_cut = false;
+    double boost = 0;   // 0 to 1 of full boost
+    double seconds = 0; // since the box came up
 };
 
 // The engine at row n of a stream (n from 0).
 Engine_Sample Engine_At(long row);
+// The figures of the test-drive at row n, before they are encoded.
+Engine_Sample Drive_At_Row(long row);
+// The raw columns and status bytes from the figures.
+void Encode(Engine_Sample& sample);
+// The stream's columns of analogue input 1 to 12 (0 for none).
+int Input_Column(int input);
+
+// A throttle a test holds where it wants: from each second (counted from the start of the
+// stream) the throttle input reads the given raw value, in place of the drive's own.
+using Throttle_Script = std::vector<std::pair<double, int>>;
+// "0:30,5:230" into its points, in time order; false, with `error` set, on a bad text.
+bool Parse_Throttle_Script(const std::string& text, Throttle_Script& script, std::string& error);
+// The scripted raw value at `seconds` into the stream; -1 before the first point.
+int Scripted_Throttle(const Throttle_Script& script, double seconds);
 
 // "#RPM" and a title for each field, padded so the header is as long as a row.
 std::string Text_Header();
@@ -65,7 +87,12 @@ class Log_Stream {
 public:
     enum class Mode { Off, Text, Binary };
 
-    explicit Log_Stream(Stream_Faults faults = {}) : faults_(faults) {}
+    explicit Log_Stream(Stream_Faults faults = {}, Throttle_Script throttle = {})
+        : faults_(faults), throttle_(std::move(throttle)) {}
+
+    // Where the rows come from: the test-drive unless an engine model is set.
+    using Engine = std::function<Engine_Sample(long row)>;
+    void Set_Engine(Engine engine) { engine_ = std::move(engine); }
 
     // The header goes at once; the first row one period later.
     std::string Start_Text(Stream_Time now);
@@ -85,6 +112,8 @@ private:
     std::string Row_Text(long row);
 
     Stream_Faults faults_;
+    Engine engine_;
+    Throttle_Script throttle_;
     Mode mode_ = Mode::Off;
     int length_ = Default_Frame_Length;
     Stream_Time started_{};
