@@ -81,9 +81,11 @@ TEST_F(LiveWindow, EnterAndTheLiveFrameReachTheBoxWhileTheLogRunsOn) {
     QFrame* cursor = Find<QFrame>("Curser_3dfuel");
     ASSERT_TRUE(cursor->isVisible());
     QTableView* grid = Find<QTableView>("Fuel_3D_Grid");
-    const QRect first_cell = grid->visualRect(grid->model()->index(1, 1));
-    // The simulator idles below the second breakpoint of both axes.
-    EXPECT_TRUE(first_cell.adjusted(-1, -1, 1, 1).contains(cursor->geometry().center()))
+    // The box stands round the running point, inside the cell the display found.
+    const Running_Cell& running = window->App().display.fuel;
+    ASSERT_TRUE(running.shown);
+    const QRect cell = grid->visualRect(grid->model()->index(running.Cursor_Row, running.Cursor_Column));
+    EXPECT_TRUE(cell.adjusted(-1, -1, 1, 1).contains(cursor->geometry().center()))
         << cursor->geometry().center().x() << "," << cursor->geometry().center().y();
 
     // Typing into a cell changes the image; Enter sends it the live way.
@@ -93,13 +95,13 @@ TEST_F(LiveWindow, EnterAndTheLiveFrameReachTheBoxWhileTheLogRunsOn) {
                       grid->visualRect(grid->model()->index(3, 4)).center());
     QTest::keyClick(grid, Qt::Key_7);
     const std::uint8_t typed = Byte(address);
-    const int rows_before = log->State().Last_Row;
+    const int rows_before = log->State().capture.Log_Row_Count;
     QTest::keyClick(grid, Qt::Key_Return);
     EXPECT_EQ(Status(), "< Settings updated >");
     EXPECT_EQ(window->App().image.ChangedByte[static_cast<std::size_t>(address)], 0);
     QTest::qWait(600);
     EXPECT_TRUE(log->Logging());
-    EXPECT_GE(log->State().Last_Row, rows_before + 8) << "the stream came back";
+    EXPECT_GE(log->State().capture.Log_Row_Count, rows_before + 8) << "the stream came back";
 
     // The box moves the fuel cell it runs in, and says which bytes it wrote.
     Find<QRadioButton>("Live_Adjust_option(0)")->click();

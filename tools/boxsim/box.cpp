@@ -359,8 +359,9 @@ void Box::Take_Idle(char c, Time now, std::string& out) {
 }
 
 void Box::Adjust_Cell(char c, Time now, std::string& out) {
-    const Cell_Adjustment adjustment = Adjust_Running_Cell(
-        c, Engine_At(stream_.Engine_Row(now)), config_.engine_running, memory_, faults_.adjust_address);
+    const Cell_Adjustment adjustment =
+        Adjust_Running_Cell(c, stream_.Engine_Sample_At(stream_.Engine_Row(now)), config_.engine_running,
+                            memory_, faults_.adjust_address);
     // The firmware writes its cells straight to the non-volatile memory, and on to the slave.
     for (auto [address, value] : adjustment.writes) {
         if (!Takes_From_Pc(address)) continue;

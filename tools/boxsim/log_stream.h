@@ -107,6 +107,8 @@ public:
     // The row the engine is at by `now`. It runs on while the stream is stopped, so a stream
     // started again goes on from where the engine is, not from where the line went quiet.
     long Engine_Row(Stream_Time now) const;
+    // What the engine does at `row`: the set engine's, else the built-in idle's.
+    Engine_Sample Engine_Sample_At(long row) const { return engine_ ? engine_(row) : Engine_At(row); }
 
 private:
     std::string Row_Text(long row);
