@@ -140,8 +140,8 @@ void BM_Show_Current_Data(benchmark::State& state) {
     QTest::qWait(1000);
     window->Show_Display();
     QApplication::processEvents();
-    const bool fuel = window->findChild<QFrame*>("Curser_3dfuel")->isVisibleTo(window.get());
-    const bool ign = window->findChild<QFrame*>("Curser_IGN")->isVisibleTo(window.get());
+    const bool fuel = window->findChild<QFrame*>("Curser_3dfuel")->isHidden() == false;
+    const bool ign = window->findChild<QFrame*>("Curser_IGN")->isHidden() == false;
     if (!fuel || !ign) state.SkipWithError("the cursors are not on show");
     for (auto _ : state) {
         window->cmd_Show_Current_Data_Click();
