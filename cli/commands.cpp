@@ -9,6 +9,7 @@
 #include "cli/generate_commands.h"
 #include "cli/hslog_commands.h"
 #include "cli/link_commands.h"
+#include "cli/live_commands.h"
 #include "cli/log_commands.h"
 #include "cli/rw_commands.h"
 #include "cli/sensor_commands.h"
@@ -40,10 +41,10 @@ const char* const Usage =
     "                     ask the box who it is and print what Connect info shows; exit 0 when\n"
     "                     it answered, 2 when not, 1 when the port can't be opened (and "
     "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_SETTINGS_USAGE
-        QUORLEN_CLI_LOG_USAGE QUORLEN_CLI_ANALYSIS_USAGE QUORLEN_CLI_CHART_USAGE QUORLEN_CLI_HSLOG_USAGE
-            QUORLEN_CLI_ENGINE_USAGE QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_GENERATE_USAGE
-                QUORLEN_CLI_SUMMARY_USAGE QUORLEN_CLI_CARD_USAGE QUORLEN_CLI_SENSOR_USAGE
-                    QUORLEN_CLI_TRANSFORM_USAGE "\n"
+        QUORLEN_CLI_LOG_USAGE QUORLEN_CLI_LIVE_USAGE QUORLEN_CLI_ANALYSIS_USAGE QUORLEN_CLI_CHART_USAGE
+            QUORLEN_CLI_HSLOG_USAGE QUORLEN_CLI_ENGINE_USAGE QUORLEN_CLI_PRESET_USAGE
+                QUORLEN_CLI_GENERATE_USAGE QUORLEN_CLI_SUMMARY_USAGE QUORLEN_CLI_CARD_USAGE
+                    QUORLEN_CLI_SENSOR_USAGE QUORLEN_CLI_TRANSFORM_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -111,6 +112,7 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "settings") return Settings_Command(args, out, err);
     if (command == "set") return Set_Command(args, out, err);
     if (command == "log") return Log_Command(args, out, err);
+    if (command == "live") return Live_Command(args, out, err);
     if (command == "log-info") return Log_Info_Command(args, out, err);
     if (command == "log-csv") return Log_Csv_Command(args, out, err);
     if (command == "hslog") return Hslog_Command(args, out, err);

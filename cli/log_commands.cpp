@@ -31,10 +31,6 @@ namespace quorlen::cli {
 
 namespace {
 
-void Sleep(double seconds) {
-    if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
-}
-
 struct Log_Args {
     std::string port, output, file;
     std::string baud = "115200";
@@ -88,67 +84,12 @@ int Log_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE*
             err, "quorlen-cli log: want --port PATH, --seconds N and -o FILE.qxl (see quorlen-cli --help)\n");
         return 2;
     }
-    Core_Application core;
-    Log_Session s(err);
-    s.program.ComSpeed = a.baud == "625000" ? 625000 : 115200;
-
-    // The settings read goes through the command link on the same port.
-    Link_State link_state;
-    const int port_number =
-        To_Integer(a.port) ? static_cast<int>(*To_Integer(a.port)) : link_state.Ports.Number_For(a.port);
-    s.program.Com_Port = port_number;
-    s.port = link_state.Ports.Name_Of(port_number);
-    const bool no_auto_start[2] = {false, false};
-    Link_Hooks link_hooks;
-    link_hooks.Dummy_Wait = [] { Sleep(0.05); };
-    Link_Context link{s.program, s.texts, s.flags, link_state, s.debug, s.line, no_auto_start, link_hooks};
-    Rw_State rw;
-    File_State files;
-    Settings_Context settings{link, s.image, rw, files, s.dialogs, {}};
-    s.hooks.Read_Box_Settings = [&] { Read_Settings_Click(settings); };
-    s.program.Program_Version = QUORLEN_VERSION;
-    s.hooks.Settings_Summary = [&] {
-        return Readable_Settings_Body(
-            Readable_Settings_Text(Summary_Facts_Of(s.program, link_state, s.image, Running_System_Name())));
-    };
-
-    // A port that can't be opened is said plainly before anything starts.
-    s.line.Set_Port(s.port);
-    s.line.Set_Settings(Settings_Text(s.program.ComSpeed));
-    if (const Open_Result result = s.line.Open(); !result.Ok()) {
-        std::fprintf(err, "quorlen-cli: %s\n", Open_Failure_Advice(s.port, result).c_str());
-        return 1;
-    }
-    s.line.Close();
-
-    s.Load_Defaults();
-    Log_State& log = *s.log;
-    log.form.Binary_log_opt = a.binary ? 1 : 0;
-    log.setup.check_SettingsInLogg = a.settings ? 1 : 0;
-    log.setup.check_AutoSave = 0;
-    log.Log_Dir = Folder_Of_Path(a.output);
-    Rpm_Sensor_For_Mode(log);
-    log.plan_ready = false;
-
-    auto c = s.Ctx();
-    Start_Logging(c);
-    if (!log.capture.Logging_Running) {
-        std::fputs(s.texts.Debug_txt.c_str(), err);
-        std::fprintf(err, "quorlen-cli log: Error in box communication. Could not start logging\n");
-        return 2;
-    }
-    Log_Timers timers(c);
-    timers.Run_Until(c.Now() + a.seconds, Sleep);
-    if (log.capture.Logging_Running) Start_Logging(c);
-    Save_File(c, a.output);
-
-    if (log.capture.Log_Delayed_Start) std::fprintf(err, "There were a delay before logging started.\n");
-    if (log.capture.Log_Had_Interruption) std::fprintf(err, "There were some interruptions during the log\n");
-    std::fprintf(out, "rows: %d\nlength: %s\nfile: %s\n", log.Last_Row, log.form.txt_Log_Length.c_str(),
-                 a.output.c_str());
-    for (const std::string& note : Split_Lines(log.form.txt_Log_Free_Text))
-        if (note.rfind("Err ", 0) == 0) std::fprintf(out, "%s\n", note.c_str());
-    return log.Last_Row > 0 ? 0 : 2;
+    Recording r(err, a.port, a.baud);
+    r.s.program.Program_Version = QUORLEN_VERSION;
+    if (!r.Port_Opens(err)) return 1;
+    if (!r.Start("log", a.binary, a.settings, a.output, err)) return 2;
+    r.Run_Until(r.Ctx().Now() + a.seconds);
+    return r.Stop_And_Save(a.output, out, err);
 }
 
 int Log_Info_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {

@@ -67,25 +67,6 @@ Axis_Spot Locate_On_Axis(std::span<const double> b, double v) {
 
 // --- reading an input back from a row -------------------------------------------------------
 
-int Input_Column(const Log_Columns& c, int input) {
-    switch (input) {
-    case 1:
-        return c.Col_AN1;
-    case 2:
-        return c.Col_AN2;
-    case 3:
-        return c.Col_AN3;
-    case 4:
-        return c.Col_AN4;
-    default:
-        break;
-    }
-    // The stand-alone layout (the one with status bytes) logs all twelve inputs in order.
-    if (input >= 5 && input <= Analog_Inputs && c.Col_Status1 >= 0 && c.Col_AN1 >= 1)
-        return c.Col_AN1 + input - 1;
-    return -1;
-}
-
 Input_Reader Make_Input_Reader(const Log_State& log, int input) {
     Input_Reader reader;
     const Log_Columns& c = log.columns;

@@ -14,6 +14,7 @@
 // The locator copies what it needs; rebuild it after the image's axes, map size, load
 // selection or sensors change, or after another log layout is loaded.
 
+#include "logging/log_signals.h"
 #include "logging/log_state.h"
 #include "sensors/sensor_defs.h"
 #include "tables/table_catalogue.h"
@@ -61,9 +62,6 @@ struct Input_Reader {
     std::optional<double> Raw(const double* row) const;
 };
 
-// The column of Log_Data that holds input 1..12 in the log's layout, or -1 where the layout
-// has none (the boost-controller layout logs the first four inputs only).
-int Input_Column(const Log_Columns& columns, int input);
 Input_Reader Make_Input_Reader(const Log_State& log, int input);
 
 // Everything the rule needs of one main map, copied out of the image.

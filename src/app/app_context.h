@@ -13,7 +13,9 @@
 #include "image/scaling.h"
 #include "image/settings_image.h"
 #include "link/link_state.h"
+#include "link/live_changes.h"
 #include "link/rw_state.h"
+#include "logging/live_display.h"
 #include "logging/log_state.h"
 #include "sensors/sensor_defs.h"
 #include "tables/map_tables.h"
@@ -41,6 +43,8 @@ struct App_Context {
     Link_Flags link;
     Link_State link_state;
     Rw_State rw;
+    Live_State live;            // changes while the log stream holds the port
+    Live_Display_State display; // where the engine runs on the main maps
     Card_State card;
     Settings_Image image;
     Undo_List undo;

@@ -42,6 +42,7 @@ struct Form_Texts {
     std::string Title;
     std::string rs232_text;
     std::string Debug_txt;
+    std::string Debug_txt2; // the box's raw answers to the live cell adjustments
     std::string Error_Codes_txt;
     std::string txt_File_Description;
 };

@@ -308,7 +308,9 @@ void Start_Logging_bin(Log_Context& ctx) {
 
 void Log_Receive_Event(Log_Context& ctx) {
     Capture_State& cap = ctx.log.capture;
-    if (!cap.Log_Receive_Enabled || cap.Log_Receive_Busy || !Port_Open(ctx)) return;
+    // A threshold of 0 is the event switched off, as a live change does while it has the port.
+    if (!cap.Log_Receive_Enabled || cap.Log_Receive_Busy || cap.port.RThreshold <= 0 || !Port_Open(ctx))
+        return;
     Proc_Guard guard(ctx.debug, "mscomm1 oncomm");
     guard.Step([&] {
         if (In_Buffer_Count(ctx) < Receive_Threshold) return;
@@ -648,6 +650,69 @@ void Enable_Buttons_after_log(Log_Context& ctx) {
     if (ctx.hooks.Main_Controls_Enabled) ctx.hooks.Main_Controls_Enabled(true);
     if (ctx.hooks.Main_Log_Caption) ctx.hooks.Main_Log_Caption("START LOGGING");
     if (ctx.hooks.Main_Status) ctx.hooks.Main_Status("");
+}
+
+std::string Log_Start_Command(const Log_State& log) {
+    return log.capture.Binary ? "bL00" + dec2hex(58, 2) : log.Log_Start_String;
+}
+
+std::string Live_Stream_Tail(Log_Context& ctx) {
+    Capture_State& cap = ctx.log.capture;
+    if (Port_Open(ctx)) In_Buffer_Count(ctx);
+    const std::string seen =
+        cap.Log_Stream_Buffer.substr(cap.Log_Stream_Buffer.size() -
+                                     std::min<std::size_t>(cap.Log_Stream_Buffer.size(), 8)) +
+        cap.pending;
+    return seen.substr(seen.size() - std::min<std::size_t>(seen.size(), 8));
+}
+
+void Live_Stream_Stopped(Log_Context& ctx, const std::string& rest) {
+    Log_State& log = ctx.log;
+    Capture_State& cap = log.capture;
+    cap.pending += rest;
+    const std::string row_end = cap.Binary ? "DS" : "\n";
+    const std::size_t end = cap.pending.rfind(row_end);
+    const std::string whole =
+        end == std::string::npos ? std::string() : cap.pending.substr(0, end + row_end.size());
+    cap.pending.clear();
+    if (cap.Log_First_Data_Seen && !cap.Log_Interrupted && !whole.empty()) {
+        cap.Log_Stream_Buffer += whole;
+        if (!cap.Binary) {
+            log.Log_Data_Text += whole;
+            Backup_Write(cap, whole);
+        }
+        cap.Log_Data_Since_Tick = true;
+    }
+    // A row cut in two by the stop would join the first one after the restart.
+    if (cap.Binary) {
+        const std::size_t ds = cap.Log_Stream_Buffer.rfind("DS");
+        cap.Log_Stream_Buffer.resize(ds == std::string::npos ? 0 : ds + 2);
+    } else if (!cap.Log_Stream_Buffer.empty() && cap.Log_Stream_Buffer.back() != '\n') {
+        Cut_After_Last_Lf(cap.Log_Stream_Buffer);
+        Cut_After_Last_Lf(log.Log_Data_Text);
+        Backup_Write(cap, "\r\n");
+    }
+}
+
+void Live_Drop_Input(Log_Context& ctx) {
+    ctx.log.capture.pending.clear();
+    if (!Port_Open(ctx)) return;
+    Line(ctx).Clear_Input();
+    Line(ctx).Read_All();
+}
+
+void Live_Open_Port(Log_Context& ctx) {
+    Open_Port(ctx);
+}
+
+void Live_Log_Timers(Log_Context& ctx, bool on) {
+    Capture_State& cap = ctx.log.capture;
+    cap.Timer1_Enabled = on && cap.Timer1_Interval > 0;
+    cap.timer_LogAlert_Enabled = on;
+}
+
+void Live_Receive_Event(Log_Context& ctx, bool on) {
+    ctx.log.capture.port.RThreshold = on ? 130 : 0;
 }
 
 void Log_Timers::Run_Until(double until, const std::function<void(double seconds)>& wait) {

@@ -48,6 +48,23 @@ void Finalize_Logg_Backup_File(Log_Context& ctx);
 void cmd_Clear_Logg_Click(Log_Context& ctx);
 void Enable_Buttons_after_log(Log_Context& ctx);
 
+// --- the log's side of a live change (link/live_changes.h) ---------------------------------
+
+// What starts the stream, and so starts it again: the start string, or the binary request in
+// one piece.
+std::string Log_Start_Command(const Log_State& log);
+// Takes what waits at the port into the log and returns the last characters the log has had.
+std::string Live_Stream_Tail(Log_Context& ctx);
+// The stream stopped and `rest` came after the blank: the whole rows go into the log as any
+// data would, the part of a row the stop cut off goes nowhere.
+void Live_Stream_Stopped(Log_Context& ctx, const std::string& rest);
+// Reads and drops what waits at the port.
+void Live_Drop_Input(Log_Context& ctx);
+void Live_Open_Port(Log_Context& ctx);
+// Timer1 and timer_LogAlert on or off; the receive event on or off (its threshold).
+void Live_Log_Timers(Log_Context& ctx, bool on);
+void Live_Receive_Event(Log_Context& ctx, bool on);
+
 // The timers of the log window on a clock: the receive event every 20 ms, Timer1 at its
 // interval, the silence watch every 500 ms. `wait` lets the given seconds pass.
 class Log_Timers {

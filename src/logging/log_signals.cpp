@@ -383,4 +383,28 @@ std::string Shown_Signal_Name(const Log_State& log, int signal) {
     return c.label;
 }
 
+int Input_Column(const Log_Columns& c, int input) {
+    switch (input) {
+    case 1:
+        return c.Col_AN1;
+    case 2:
+        return c.Col_AN2;
+    case 3:
+        return c.Col_AN3;
+    case 4:
+        return c.Col_AN4;
+    default:
+        break;
+    }
+    // The stand-alone layout (the one with status bytes) logs all twelve inputs in order.
+    if (input >= 5 && input <= Analog_Inputs && c.Col_Status1 >= 0 && c.Col_AN1 >= 1)
+        return c.Col_AN1 + input - 1;
+    return -1;
+}
+
+int Slave_Input_Column(const Log_Columns& c, int input) {
+    const int first = c.Col_AN1_Slave;
+    return input >= 1 && input <= 4 && first >= 1 ? first + input - 1 : -1;
+}
+
 } // namespace quorlen

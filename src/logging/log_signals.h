@@ -60,6 +60,12 @@ const char* Torque_Unit_Text(int option);
 // among the sensors, the RPM signal follows the mode chosen on the log window.
 void Rpm_Sensor_For_Mode(Log_State& log);
 
+// The column of Log_Data that holds input 1..12 in the log's layout, or -1 where the layout
+// has none (the boost-controller layout logs the first four inputs only). The slave box's
+// inputs: its first four, where the layout logs them.
+int Input_Column(const Log_Columns& columns, int input);
+int Slave_Input_Column(const Log_Columns& columns, int input);
+
 // The sensor of signal i as the combo shows it: its place, or -1.
 int Sensor_Place(const Log_State& log, int signal);
 // The name a signal is shown by: the custom name, else its sensor's, else its label.

@@ -187,6 +187,7 @@ void BoostProgMain::Build_Menus() {
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
     action(view, "Setting_Summary", "&Setting summary...", [this] { Setting_Summary_Click(false); });
     action(view, "View_Log", "&Log window...", &BoostProgMain::View_Log_Click);
+    action(view, "mnu_Display", "Live data &display...", &BoostProgMain::Show_Display);
     view->addSeparator();
     action(view, "mnu_HS_Log", "&High speed logging...", &BoostProgMain::mnu_HS_Log_Click);
     action(view, "mnu_CrankView", "&Crank wheel...", &BoostProgMain::mnu_CrankView_Click);
@@ -258,6 +259,10 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     Error_Codes_txt_ = Text_Box(page, "Error_Codes_txt", true);
     Error_Codes_txt_->setVisible(false);
     Debug_txt_ = Text_Box(page, "Debug_txt", true);
+    // The box's own words on the live cell adjustments, for support; shown once there are some.
+    Debug_txt2_ = Text_Box(page, "Debug_txt2", true);
+    Debug_txt2_->setMaximumHeight(70);
+    Debug_txt2_->setVisible(false);
 
     auto* comment_box = new QGroupBox("Settings free text comment", page);
     comment_box->setObjectName("File_Description_frame");
@@ -272,6 +277,7 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     layout->addWidget(ErrCode_label_);
     layout->addWidget(Error_Codes_txt_, 1);
     layout->addWidget(Debug_txt_, 3);
+    layout->addWidget(Debug_txt2_);
     layout->addWidget(comment_box);
     return page;
 }
@@ -328,6 +334,8 @@ void BoostProgMain::Build_Window() {
     sstab_Main_->addTab(SSTab_Fuel_, "Fuel");
     sstab_Main_->addTab(SSTab_PWM_, "PWM");
     layout->addWidget(sstab_Main_, 1);
+    Build_Live_Frame(central);
+    layout->addWidget(Adjust_current_frame_);
     setCentralWidget(central);
 
     Check_connection_timer_ = new QTimer(this);
@@ -498,6 +506,8 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "Display") {
+        form = Make_Display();
     } else if (name == "QX_Log_HS") {
         form = Make_HS_Log_Window();
     } else if (name == "QX_CrankView") {
@@ -546,6 +556,7 @@ void BoostProgMain::Unload(const std::string& name) {
     // Both shutdown routes unload the log window before the main form: its size is kept
     // while it still has one.
     if (name == "QX_Log") Save_Log_Window_Size();
+    if (name == "Display") Save_Window_Size(*forms_[name], "Display_Window_Size", "Save display window size");
     QPointer<QWidget> form = forms_[name];
     form->close();
     delete form.data();
@@ -616,8 +627,13 @@ Window_Size Current_Window_Size(const QWidget& window) {
 
 void BoostProgMain::Get_Default_Window_Size() {
     Apply_Window_Size(this, app_.ini.Read_Ini("Main_Window_Size"));
-    // The live display joins here with its own key when it lands.
     if (Form_Exists("QX_Log")) Apply_Window_Size(Form("QX_Log"), app_.ini.Read_Ini("Log_Window_Size"));
+    // The live display is made on first use and takes its size then.
+    if (Form_Exists("Display")) Apply_Saved_Size(Form("Display"), "Display_Window_Size");
+}
+
+void BoostProgMain::Apply_Saved_Size(QWidget* window, const char* key) {
+    Apply_Window_Size(window, app_.ini.Read_Ini(key));
 }
 
 void BoostProgMain::Save_Window_Size(const QWidget& window, const char* key, const char* procedure) {

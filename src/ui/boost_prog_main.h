@@ -6,6 +6,7 @@
 #include "cards/card_context.h"
 #include "files/settings_files.h"
 #include "link/command_link.h"
+#include "link/live_changes.h"
 #include "link/settings_context.h"
 #include "ui/qt_dialogs.h"
 
@@ -20,6 +21,7 @@
 #include <vector>
 
 class QAction;
+class QButtonGroup;
 class QLabel;
 class QSettings;
 class QLineEdit;
@@ -155,6 +157,23 @@ public:
     void Stop_Logging_cmd_Click();
     void Log_Autostart(int index);
     double Logged_RPM();
+    // The live side of a running log (boost_prog_main_live.cpp).
+    // A log's stream holds the port, from its start to its stop: nothing else may use it.
+    bool Log_Holds_Port() const;
+    // Enter in a main map during a log: the marked bytes go to the box byte-wise.
+    void Write_while_logging();
+    // plus_3D(1) and minus_3D(1) of Adjust_current_frame: the running cell one step up or down,
+    // by the box or here, on the main map on show.
+    void Adjust_current_Click(int step);
+    // A cell adjustment by the box: "+", "-" (fuel), ">", "<" (ignition).
+    void Cell_Adjust(const std::string& command);
+    // ShowCurser_Timer's update and the emptying at the log's stop.
+    void cmd_Show_Current_Data_Click();
+    void cmd_Show_Current_Data_Clear();
+    void Show_Display();
+    // Adjust_current_frame shows while a log runs, its box choice while the engine runs.
+    void Show_Right_Tabs_Adjust_Current_Frame();
+
     // The setting summary viewer on the image, or on the settings of the log window's log.
     void Setting_Summary_Click(bool log_settings = false);
     void View_Log_Click();
@@ -174,6 +193,7 @@ private:
     void Save_Display_Window_Size();
     void Save_Log_Window_Size();
     void Save_Window_Size(const QWidget& window, const char* key, const char* procedure);
+    void Apply_Saved_Size(QWidget* window, const char* key);
     void Set_Command_Buttons_Enabled(bool enabled);
     Settings_File_Context File_Context();
     void Remember_File(const std::string& full_name);
@@ -195,7 +215,15 @@ private:
     QWidget* Make_Todos_Form();
     void Show_Com_Tab();
     void Release_Card_Reader();
-    void Run_Settings(void (*procedure)(Settings_Context&));
+    // `for_log_start`: the read a log makes at its start, while its port is not yet open.
+    void Run_Settings(void (*procedure)(Settings_Context&), bool for_log_start = false);
+    void Build_Live_Frame(QWidget* parent);
+    void Run_Live(const std::function<void(Live_Context&)>& change);
+    void Show_Live_Status(const std::string& text);
+    void Show_Live_State();
+    QWidget* Make_Display();
+    // The controls that would take the port by another way than the log's.
+    void Port_Controls_Enabled(bool enabled);
     void Show_Rw_State();
     QWidget* Make_Log_Window();
     QWidget* Make_HS_Log_Window();
@@ -259,6 +287,12 @@ private:
     std::unique_ptr<Link_Panel> link_;
     std::unique_ptr<Rw_Panel> rw_;
     std::unique_ptr<Card_Panel> cards_;
+
+    QWidget* Adjust_current_frame_ = nullptr;
+    QLabel* Running_Cell_label_ = nullptr;
+    QButtonGroup* Live_Adjust_option_ = nullptr;
+    QLabel* ErrCode_label1_ = nullptr;
+    QPlainTextEdit* Debug_txt2_ = nullptr;
 };
 
 } // namespace quorlen::ui

@@ -138,6 +138,8 @@ void BoostProgMain::Show_Card_State() {
 }
 
 void BoostProgMain::Run_Card_Inbox(void (*procedure)(Settings_Context&, Card_Context&)) {
+    // The card in the box is reached through the box's port, which a running log holds.
+    if (Log_Holds_Port()) return;
     if (rw_ == nullptr || rw_->Running) return;
     rw_->Running = true;
     Take_Comment_From_Window();

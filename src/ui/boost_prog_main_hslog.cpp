@@ -17,8 +17,8 @@ QWidget* BoostProgMain::Make_HS_Log_Window() {
     hooks.Port_Path = [this] { return app_.link_state.Ports.Name_Of(app_.program.Com_Port); };
     hooks.Main_Port_Busy = [this] {
         const Link_Flags& f = app_.link;
-        return link_->MSComm1.Is_Open() || f.Logging_Active || f.Link_Busy || f.Write_In_Progress ||
-               f.Connect_Info_Busy || f.Connection_Check_Busy;
+        return link_->MSComm1.Is_Open() || f.Logging_Active || Log_Holds_Port() || f.Link_Busy ||
+               f.Write_In_Progress || f.Connect_Info_Busy || f.Connection_Check_Busy;
     };
     hooks.Log_Dir = [this] {
         return Form_Exists("QX_Log") ? static_cast<QX_Log*>(Form("QX_Log"))->State().Log_Dir : std::string();

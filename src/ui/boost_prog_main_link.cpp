@@ -66,6 +66,7 @@ Link_Context BoostProgMain::Link() {
     };
     hooks.Start_Logg_cmd_Click = [this](int index) { Start_Logg_cmd_Click(index); };
     hooks.Logged_RPM = [this] { return Logged_RPM(); };
+    hooks.Show_Right_Tabs_Adjust_Current_Frame = [this] { Show_Right_Tabs_Adjust_Current_Frame(); };
     return Link_Context{app_.program,
                         app_.texts,
                         app_.link,
@@ -119,37 +120,43 @@ void BoostProgMain::Start_Check_connection_timer() {
 }
 
 void BoostProgMain::Check_connection_timer_Timer() {
+    // A live change has stopped the log's stream and has the port meanwhile.
+    if (Log_Holds_Port() && !app_.link.Logging_Active) return;
     Link_Context c = Link();
     Check_connection_timer(c);
     Show_Link_State();
 }
 
 void BoostProgMain::Connect_Info_Click() {
+    if (Log_Holds_Port()) return;
     Link_Context c = Link();
     quorlen::Connect_Info_Click(c);
     Show_Link_State();
 }
 
 void BoostProgMain::Command2_Click() {
+    if (Log_Holds_Port()) return;
     Link_Context c = Link();
     quorlen::Command2_Click(c);
     Show_Link_State();
 }
 
 void BoostProgMain::Com_Open_Click() {
+    if (Log_Holds_Port()) return;
     Link_Context c = Link();
     quorlen::Com_Open_Click(c);
     Show_Link_State();
 }
 
 void BoostProgMain::Com_Close_Click() {
+    if (Log_Holds_Port()) return;
     Link_Context c = Link();
     quorlen::Com_Close_Click(c);
     Show_Link_State();
 }
 
 void BoostProgMain::Prefs_Port_Chosen(bool selected) {
-    if (selected) {
+    if (selected && !Log_Holds_Port()) {
         Link_Context c = Link();
         Look_For_Box(c);
     } else {

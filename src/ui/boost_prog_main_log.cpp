@@ -6,6 +6,7 @@
 #include "app/tune_tools.h"
 #include "core/proc_guard.h"
 #include "link/qt/qt_port_platform.h"
+#include "link/read_verify.h"
 #include "logging/log_export.h"
 #include "ui/boost_prog_main.h"
 #include "ui/map_tabs.h"
@@ -24,11 +25,9 @@ namespace quorlen::ui {
 QWidget* BoostProgMain::Make_Log_Window() {
     Log_Window_Hooks hooks;
     hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
-    hooks.Read_Box_Settings = [this] { Read_Settings_Click(); };
-    hooks.Main_Controls_Enabled = [this](bool enabled) {
-        Set_Command_Buttons_Enabled(enabled);
-        Com_Open_->setEnabled(enabled && app_.link_state.Com_Open_Enabled);
-    };
+    // The log's own read of the box's settings, before its stream takes the port.
+    hooks.Read_Box_Settings = [this] { Run_Settings(quorlen::Read_Settings_Click, true); };
+    hooks.Main_Controls_Enabled = [this](bool enabled) { Port_Controls_Enabled(enabled); };
     hooks.Main_Log_Caption = [this](const std::string& caption) {
         Stop_Logging_cmd_->setText(QString::fromStdString(caption));
     };
@@ -58,6 +57,9 @@ QWidget* BoostProgMain::Make_Log_Window() {
         graph->show();
         graph->raise();
     };
+    hooks.Show_Current_Data = [this] { cmd_Show_Current_Data_Click(); };
+    hooks.Show_Current_Data_Clear = [this] { cmd_Show_Current_Data_Clear(); };
+    hooks.Show_Display = [this] { Show_Display(); };
     hooks.Show_Fuel_Correction = [this] {
         QWidget* form = Form("QX_Fuel_Correction");
         form->show();

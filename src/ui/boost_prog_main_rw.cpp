@@ -5,6 +5,7 @@
 #include "link/error_codes.h"
 #include "link/read_verify.h"
 #include "link/write_settings.h"
+#include "logging/log_live.h"
 #include "ui/boost_prog_main.h"
 #include "ui/link_panel.h"
 #include "ui/map_tabs.h"
@@ -68,8 +69,10 @@ void BoostProgMain::Build_Rw_Panel() {
             &BoostProgMain::Clear_Err_Counters_cmd_Click);
 }
 
-void BoostProgMain::Run_Settings(void (*procedure)(Settings_Context&)) {
+void BoostProgMain::Run_Settings(void (*procedure)(Settings_Context&), bool for_log_start) {
     if (rw_ == nullptr || rw_->Running) return;
+    // While a log runs its stream has the port; only the log's own first read comes here.
+    if (Log_Holds_Port() && !for_log_start) return;
     rw_->Running = true;
     Take_Comment_From_Window();
     Link_Context c = Link();
@@ -153,7 +156,23 @@ void BoostProgMain::Write_bin_command_cmd_Click() {
 }
 
 void BoostProgMain::Clear_Err_Counters_cmd_Click() {
-    Run_Settings(quorlen::Clear_Err_Counters_cmd_Click);
+    if (!Log_Holds_Port()) {
+        Run_Settings(quorlen::Clear_Err_Counters_cmd_Click);
+        return;
+    }
+    if (app_.live.In_Progress) return;
+    // While the log wins its stream back the box may start sending at any moment; the
+    // counters are cleared the live way once rows flow again.
+    if (Log_Paused(*app_.log_state)) {
+        Show_Live_Status("< Log stream restarting: clear the error codes again in a moment >");
+        return;
+    }
+    Take_Comment_From_Window();
+    Run_Live([this](Live_Context& c) {
+        c.s.hooks.Log_Paused = [this] { return Log_Paused(*app_.log_state); };
+        c.s.hooks.Write_while_logging = [&c] { quorlen::Write_while_logging(c); };
+        quorlen::Clear_Err_Counters_cmd_Click(c.s);
+    });
 }
 
 } // namespace quorlen::ui

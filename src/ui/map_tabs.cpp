@@ -218,6 +218,7 @@ QWidget* Map_Tabs::Build_Main_Map(QWidget* page, Table_Id id) {
     models_[id]->Set_Font(font);
     grid->verticalHeader()->setDefaultSectionSize(QFontMetrics(font).height() + 6);
     layout->addWidget(grid, 1);
+    Build_Curser(id, grid);
     // The buttons of the main maps come here when this map is on show.
     auto* slot = new QVBoxLayout;
     layout->addLayout(slot);

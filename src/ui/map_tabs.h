@@ -7,6 +7,7 @@
 // user's choices to it; the main window decides when they refresh.
 
 #include "app/app_context.h"
+#include "logging/live_display.h"
 #include "ui/table_models.h"
 
 #include <QObject>
@@ -14,6 +15,8 @@
 #include <functional>
 #include <map>
 #include <vector>
+
+#include <array>
 
 class QButtonGroup;
 class QChartView;
@@ -81,6 +84,14 @@ public:
     // The open log changed: the "Log hits" colouring follows it.
     void Log_Changed();
 
+    // --- the running point (map_tabs_curser.cpp) ---
+
+    // Set_IGN_Curser and Set_FUEL_Curser: the four frames of a main map stand round the
+    // point of `cell` (its column and row, and the fractions inside); a cell not shown hides
+    // them.
+    void Set_IGN_Curser(const Running_Cell& cell);
+    void Set_FUEL_Curser(const Running_Cell& cell);
+
 private:
     struct Chart;
     struct Slider {
@@ -108,6 +119,9 @@ private:
     QWidget* Build_Main_Map_Panel();
     void Place_Panels();
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void Build_Curser(Table_Id id, QTableView* grid);
+    void Set_Curser(Table_Id id, const Running_Cell& cell);
+    void Place_Curser(Table_Id id);
     bool Grid_Key(Table_Id id, QKeyEvent* event);
     Edit_Hooks Edit();
     void Colours_Follow_Image();
@@ -149,6 +163,15 @@ private:
     QFrame* Color_High_frame_ = nullptr;
     QLabel* Log_Hits_Legend_ = nullptr;
     QCheckBox* Verify_Check_ = nullptr;
+
+    // Curser_3dfuel and Curser_IGN: the frame round the running point, its four sides, and
+    // the cell it stands for (kept, so a scrolled grid moves the frame with it).
+    struct Curser {
+        QFrame* frame = nullptr;
+        std::array<QFrame*, 4> sides{};
+        Running_Cell cell;
+    };
+    std::map<Table_Id, Curser> cursers_;
     QScrollBar* Verify_limit_scroll_ = nullptr;
 };
 

@@ -93,6 +93,7 @@ Log_Context QX_Log::Ctx() {
         quorlen::Check_If_Unsaved_File(c);
     };
     h.Update_Chart = [this] { Update_Chart(); };
+    h.Show_Current_Data_Clear = hooks_.Show_Current_Data_Clear;
     h.Signals_Changed = [this] {
         Fill_Signals();
         Fill_Setup_Signals();
@@ -144,6 +145,13 @@ void QX_Log::Build() {
     cmd_Clear_Logg_->setObjectName("cmd_Clear_Logg");
     connect(cmd_Clear_Logg_, &QPushButton::clicked, this, &QX_Log::cmd_Clear_Logg_Click);
     top->addWidget(cmd_Clear_Logg_);
+    auto* display = new QPushButton("Live display", this);
+    display->setObjectName("cmd_Show_Display");
+    display->setToolTip("The engine's figures as gauges, while a log runs");
+    connect(display, &QPushButton::clicked, this, [this] {
+        if (hooks_.Show_Display) hooks_.Show_Display();
+    });
+    top->addWidget(display);
     auto* summary = new QPushButton("Setting summary", this);
     summary->setObjectName("Setting_Summary");
     connect(summary, &QPushButton::clicked, this, &QX_Log::Setting_Summary_Click);
@@ -203,6 +211,9 @@ void QX_Log::Build() {
     ShowCurser_Timer_ = new QTimer(this);
     ShowCurser_Timer_->setObjectName("ShowCurser_Timer");
     ShowCurser_Timer_->setInterval(200);
+    connect(ShowCurser_Timer_, &QTimer::timeout, this, [this] {
+        if (hooks_.Show_Current_Data) hooks_.Show_Current_Data();
+    });
     Receive_Timer_ = new QTimer(this);
     Receive_Timer_->setObjectName("MSComm1_OnComm");
     Receive_Timer_->setInterval(Receive_Poll_Period);
@@ -619,7 +630,15 @@ void QX_Log::Start_Log(bool live_view) {
     Update_Chart();
 }
 
+void QX_Log::Live_Change(const std::function<void(Log_Context&)>& change) {
+    Log_Context c = Ctx();
+    change(c);
+    Sync();
+}
+
 void QX_Log::cmd_Open_Com_Click() {
+    // A change under way has the stream stopped; the log ends when it runs again.
+    if (app_.live.In_Progress) return;
     if (!State().capture.Logging_Running) {
         // The button records to a file; a live view is the auto start's.
         State().capture.Live_View = false;

@@ -59,6 +59,11 @@ struct Log_Window_Hooks {
     // The fuel correction from this log, made on first use.
     std::function<void()> Show_Fuel_Correction;
     std::function<void()> Chart_Changed;
+    // The live display: its update every 200 ms while a log runs, its emptying when the log
+    // stops, and the form itself.
+    std::function<void()> Show_Current_Data;
+    std::function<void()> Show_Current_Data_Clear;
+    std::function<void()> Show_Display;
 };
 
 class QX_Log final : public Child_Form {
@@ -115,6 +120,12 @@ public:
     Log_State& State();
     const Chart_Content& Chart() const { return builder_.Content(); }
     Log_Chart_View* Chart_View() const { return MSChart1_; }
+
+    // A change while the log's stream holds the port: `change` gets the log's side of it, and
+    // the window follows what it did to the timers and the stream.
+    void Live_Change(const std::function<void(Log_Context&)>& change);
+    // The timers run as the capture's state says.
+    void Timers_Follow_State() { Sync_Timers(); }
 
     // The timers' bodies, for tests that tick without waiting.
     void Receive_Poll();

@@ -172,12 +172,10 @@ void Box::Take(char c, Time now, std::string& out) {
         return;
     }
 
-    // While the log streams the box listens only for its end (a blank) and for a new start.
+    // Any character from the PC ends the log stream, so the line is free for what follows;
+    // only a new start is also taken as a command.
     if (stream_.Active() != Log_Stream::Mode::Off && state_ == State::Idle) {
-        if (c == ' ') {
-            stream_.Stop();
-            return;
-        }
+        stream_.Stop();
         if (c != 'L' && c != 'b') return;
     }
 
@@ -351,9 +349,26 @@ void Box::Take_Idle(char c, Time now, std::string& out) {
         state_ = State::After_L;
         break;
     default:
+        if (Is_Cell_Adjust_Command(c)) {
+            Adjust_Cell(c, now, out);
+            return;
+        }
         break;
     }
     Emit(out, std::string(1, c));
+}
+
+void Box::Adjust_Cell(char c, Time now, std::string& out) {
+    const Cell_Adjustment adjustment =
+        Adjust_Running_Cell(c, stream_.Engine_Sample_At(stream_.Engine_Row(now)), config_.engine_running,
+                            memory_, faults_.adjust_address);
+    // The firmware writes its cells straight to the non-volatile memory, and on to the slave.
+    for (auto [address, value] : adjustment.writes) {
+        if (!Takes_From_Pc(address)) continue;
+        memory_[address] = committed_[address] = value;
+        if (config_.slave_present) slave_[address] = Slave_Copy(address, value);
+    }
+    Emit(out, adjustment.answer);
 }
 
 void Box::Take_Card(char c, std::string& out) {

@@ -9,6 +9,7 @@
 // after it. A slave box beside the master gets each byte the master takes, when the master
 // commits it, with its own slave mark forced on.
 
+#include "cell_adjust.h"
 #include "engine_model.h"
 #include "hs_stream.h"
 #include "log_stream.h"
@@ -66,6 +67,7 @@ struct Box_Faults {
     long card_silence_after = -1; // a card write goes silent after this many bytes (-1: never)
     long hs_bad_check = -1;       // this check byte of the high-speed stream is 254 (-1: none)
     long hs_gap_at = -1;          // the high-speed stream is quiet for 0.5 s from this sample (-1: never)
+    long adjust_address = -1;     // a cell adjustment writes this address instead of the cell (-1: none)
 };
 
 // The box's own checksum: 16-bit sum minus one, wrapping, where a sum of 0 gives 65535.
@@ -158,6 +160,7 @@ private:
 
     Smartcard card_;
     void Take_Card(char c, std::string& out);
+    void Adjust_Cell(char c, Time now, std::string& out);
 
     Log_Stream stream_;
     std::unique_ptr<Engine_Model> engine_;

@@ -29,7 +29,9 @@ const char* const Fault_Help =
     "  hsgap@N         the high-speed stream goes quiet for 0.5 s at its sample N (from 1);\n"
     "                  the engine turns on, so those samples never come\n"
     "  cardsilence@N   a card write (--smartcard) stops after N bytes: the box answers nothing\n"
-    "                  more and the card is left half written\n";
+    "                  more and the card is left half written\n"
+    "  celladdr@N      a live cell adjustment (\"+\", \"-\", \">\", \"<\") writes address N (0..1023)\n"
+    "                  instead of the cell the engine runs in, and says so in its answer\n";
 
 namespace {
 
@@ -86,6 +88,13 @@ bool Add_Fault(std::string_view fault_text, Box_Faults& box, Line_Fault_Plan& li
     } else if (kind == "cardsilence") {
         if (!need_n()) return false;
         box.card_silence_after = n;
+    } else if (kind == "celladdr") {
+        if (!need_n()) return false;
+        if (n > 1023) {
+            error = "fault 'celladdr' wants an address 0..1023";
+            return false;
+        }
+        box.adjust_address = n;
     } else if (kind == "badsum") {
         if (!need_n()) return false;
         box.bad_sum_row = n;

@@ -244,7 +244,15 @@ std::string Frame(const std::string& data, bool spoil_sum) {
     return frame;
 }
 
+long Log_Stream::Engine_Row(Stream_Time now) const {
+    if (stream_rows_ == 0) return 0;
+    const long idle =
+        mode_ == Mode::Off && now > last_row_at_ ? static_cast<long>((now - last_row_at_) / Row_Period) : 0;
+    return stream_rows_ - 1 + idle;
+}
+
 std::string Log_Stream::Start_Text(Stream_Time now) {
+    if (mode_ == Mode::Off && stream_rows_ > 0) stream_rows_ = Engine_Row(now) + 1;
     mode_ = Mode::Text;
     started_ = now;
     next_row_ = 0;
@@ -252,6 +260,7 @@ std::string Log_Stream::Start_Text(Stream_Time now) {
 }
 
 void Log_Stream::Start_Binary(int length, Stream_Time now) {
+    if (mode_ == Mode::Off && stream_rows_ > 0) stream_rows_ = Engine_Row(now) + 1;
     mode_ = Mode::Binary;
     length_ = length;
     started_ = now;
@@ -320,6 +329,7 @@ std::string Log_Stream::Tick(Stream_Time now) {
     const long pause_rows = static_cast<long>(faults_.pause / Row_Period);
     while (mode_ != Mode::Off && Next_Deadline() <= now) {
         const long row = stream_rows_++;
+        last_row_at_ = Next_Deadline();
         ++next_row_;
         // The engine runs on while the line is quiet; those rows never reach the program.
         if (faults_.pause_at_row >= 0 && row >= faults_.pause_at_row &&

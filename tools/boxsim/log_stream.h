@@ -104,6 +104,11 @@ public:
     std::string Tick(Stream_Time now);
     Stream_Time Next_Deadline() const;
     long Rows_Sent() const { return rows_sent_; }
+    // The row the engine is at by `now`. It runs on while the stream is stopped, so a stream
+    // started again goes on from where the engine is, not from where the line went quiet.
+    long Engine_Row(Stream_Time now) const;
+    // What the engine does at `row`: the set engine's, else the built-in idle's.
+    Engine_Sample Engine_Sample_At(long row) const { return engine_ ? engine_(row) : Engine_At(row); }
 
 private:
     std::string Row_Text(long row);
@@ -117,6 +122,7 @@ private:
     long next_row_ = 0;
     long rows_sent_ = 0;
     long stream_rows_ = 0; // rows of the engine since the box came up, across streams
+    Stream_Time last_row_at_{};
 };
 
 } // namespace boxsim
