@@ -15,6 +15,11 @@ if(QUORLEN_SANITIZE)
         -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     target_link_options(quorlen_options INTERFACE -fsanitize=address,undefined)
 endif()
+# Coverage for libFuzzer in every library the fuzz targets link (clang only); the fuzz
+# targets themselves link the fuzzer's main (tests/fuzz).
+if(QUORLEN_FUZZ)
+    target_compile_options(quorlen_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # quorlen_add_library(NAME SOURCES ... DEPENDS ...): one library per source folder, with its
 # dependencies spelled out so a cycle between folders is a build error.
