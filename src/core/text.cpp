@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 
 namespace quorlen {
@@ -42,6 +43,12 @@ double Val(std::string_view text) {
     }
     if (number.empty() || number == "-" || number == "+" || number == ".") return 0.0;
     return std::strtod(number.c_str(), nullptr);
+}
+
+std::optional<long> Whole_Within(double value, long lo, long hi) {
+    const double whole = std::trunc(value);
+    if (!(whole >= static_cast<double>(lo) && whole <= static_cast<double>(hi))) return std::nullopt;
+    return static_cast<long>(whole);
 }
 
 std::optional<long> To_Integer(std::string_view text) {

@@ -82,7 +82,8 @@ std::string Port_Names::Ini_Value(int number) const {
 int Port_Names::From_Ini(const std::string& value) {
     std::string text = Trim(value);
     if (!text.empty() && text[0] == '/') return Number_For(text);
-    return static_cast<int>(Val(text));
+    // A number no port can have reads as none, as a missing key does.
+    return static_cast<int>(Whole_Within(Val(text), 0, 32767).value_or(0));
 }
 
 } // namespace quorlen

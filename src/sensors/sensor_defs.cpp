@@ -167,11 +167,15 @@ void Add_Sensor_Definition(Sensor_Table& table, std::string_view value, Proc_Gua
 
 void Load_Sensor_Definitions(Sensor_State& sensors, const Ini_File& ini, Proc_Guard& guard,
                              std::string* debug_txt) {
+    Load_Sensor_Definitions(sensors, ini.Snapshot(), guard, debug_txt);
+}
+
+void Load_Sensor_Definitions(Sensor_State& sensors, const Ini_Snapshot& ini, Proc_Guard& guard,
+                             std::string* debug_txt) {
     Sensor_Table& table = sensors.table;
     Reset_Sensor_Table(table);
-    for (int k = 1;; ++k) {
-        std::string value;
-        if (!ini.Read_Ini("Sens_Def", value, k) || value.empty()) break;
+    for (const std::string& value : ini.Read_List("Sens_Def")) {
+        if (value.empty()) break;
         Add_Sensor_Definition(table, value, guard, debug_txt);
     }
     Analog_Selection& in = sensors.inputs;
