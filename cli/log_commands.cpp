@@ -94,9 +94,10 @@ bool Parse(const std::vector<std::string>& args, Log_Args& a, std::FILE* err) {
     return true;
 }
 
+// The log as the window would open it; false, said on `err`, when it can't be read as one.
 bool Open_Log(Log_Session& s, const std::string& path, std::FILE* err) {
-    if (!File_Exists(path)) {
-        std::fprintf(err, "%s: File not found\n", path.c_str());
+    if (const auto why = Why_Not_A_File(path)) {
+        std::fprintf(err, "%s %s\n", path.c_str(), why->c_str());
         return false;
     }
     s.Load_Defaults();
@@ -196,6 +197,8 @@ int Log_Info_Command(const std::vector<std::string>& args, std::FILE* out, std::
     if (log.Repaired)
         std::fprintf(out, "repaired: yes, %ld bytes lost; the file as it was is %s_repairing_copy.qxl\n",
                      log.Repaired_Bytes, args[1].c_str());
+    else if (!log.Repair_Failure.empty())
+        std::fprintf(out, "repaired: no, it needs repair but can not be written (%s)\n", log.Repair_Failure.c_str());
     else
         std::fprintf(out, "repaired: no\n");
     return 0;

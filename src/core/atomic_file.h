@@ -3,6 +3,7 @@
 // flushed to the disk, and is renamed over the old one. A crash at any moment leaves either
 // the old file or the new one whole, never a mixture or a half.
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,5 +21,10 @@ void Replace_File_Atomically(const std::string& path, std::string_view content);
 std::string Read_Whole_File(const std::string& path);
 
 bool File_Exists(const std::string& path);
+
+// What keeps `path` from being read as a file, in words that complete "<path> ...": "does not
+// exist", "is a folder", "is a named pipe (FIFO)", "is a device", "is a socket", "can not be
+// read (Permission denied)". nullopt for a regular file that can be read.
+std::optional<std::string> Why_Not_A_File(const std::string& path);
 
 } // namespace quorlen

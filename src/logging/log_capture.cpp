@@ -250,6 +250,7 @@ void Stop(Log_Context& ctx) {
             cap.Log_Stream_Buffer += cap.pending;
             Fast_Read(ctx, true);
         } else {
+            Drop_End_Of_Text(cap.pending);
             log.Log_Data_Text += cap.pending;
             Backup_Write(cap, cap.pending);
         }
@@ -313,6 +314,8 @@ void Log_Receive_Event(Log_Context& ctx) {
         Log_State& log = ctx.log;
         cap.Log_Receive_Busy = true;
         std::string s = Input(ctx);
+        // Noise on the line: such a byte in a saved text log would end its reading there.
+        if (!cap.Binary) Drop_End_Of_Text(s);
 
         if (!cap.Log_First_Data_Seen) {
             cap.Log_First_Data_Seen = true;

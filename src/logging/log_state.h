@@ -201,6 +201,7 @@ struct Log_State {
     bool Log_Wide_Row = true;
     bool Repaired = false;
     long Repaired_Bytes = 0;
+    std::string Repair_Failure; // why a file that needed repair could not be written, or "".
     bool Controls_Ready = false;
     bool Unsaved = false;
     int Signals_Read = 0; // Log_Def lines of the last settings read
