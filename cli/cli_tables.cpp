@@ -1,6 +1,7 @@
 #include "cli/cli_tables.h"
 
 #include "core/app_path.h"
+#include "core/atomic_file.h"
 #include "files/settings_files.h"
 
 #include <cstdlib>
@@ -29,6 +30,9 @@ std::string Cli_App_Path() {
 Cli_Tables::Cli_Tables(std::FILE* err, const std::string& ini) : dialogs(err), err_(err) {
     app.program.App_Path = ini.empty() ? Cli_App_Path() : std::string();
     app.ini = ini.empty() ? Ini_File(app.program.App_Path + "RZ400_800M3.ini", "") : Ini_File(ini, "");
+    // A configuration given by name must be there: without it every sensor would be missing.
+    if (!ini.empty())
+        if (const auto why = Why_Not_A_File(ini)) ini_problem_ = "--ini " + ini + " " + *why;
     // The diagnostics (the selection checks of the load, the failures of an edit) go to a
     // scratch file and then to stderr, so the tuner sees what the program would have logged.
     log_path_ = (fs::temp_directory_path() / ("quorlen-cli-" + std::to_string(::getpid()) + ".log")).string();
@@ -45,13 +49,16 @@ Cli_Tables::~Cli_Tables() {
 }
 
 bool Cli_Tables::Load(const std::string& file) {
-    auto content = Load_Qxs_File(file);
+    const auto content = ini_problem_.empty() ? Load_Qxs_File(file) : std::nullopt;
     if (!content) {
         // Nothing was done to speak of: the load's own diagnostics are dropped.
         flushed_ = true;
         app.log.Close();
         std::remove(log_path_.c_str());
-        std::fprintf(err_, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
+        if (!ini_problem_.empty())
+            std::fprintf(err_, "quorlen-cli: %s\n", ini_problem_.c_str());
+        else
+            std::fprintf(err_, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
         return false;
     }
     std::copy(content->bytes.begin(), content->bytes.end(), app.image.CardByte.begin());

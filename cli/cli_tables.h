@@ -37,7 +37,8 @@ public:
     Cli_Tables& operator=(const Cli_Tables&) = delete;
 
     // Loads `file` and runs Update_Tabs, Show_Right_Tabs and Update_All over it; false, with
-    // "Not a valid qxs-file" on stderr, when it is not a settings file.
+    // "Not a valid qxs-file" on stderr, when it is not a settings file, and with the reason when
+    // the configuration file given is missing or not a file.
     bool Load(const std::string& file);
     // The diagnostics so far (the log and the debug text) go to stderr; later ones are
     // dropped. Runs at the end of the object's life if not before.
@@ -52,6 +53,7 @@ public:
 private:
     std::FILE* err_;
     std::string log_path_;
+    std::string ini_problem_;
     bool flushed_ = false;
 };
 

@@ -27,9 +27,10 @@ inline constexpr const char* Log_Backup_File_Name = "tmp_backup_log_file.qxl";
 inline constexpr const char* Default_Log_Settings_File_Name = "RZ400_800M3_Default_Log_Settings.qxl";
 
 // Log_Data: one number per row and column; an empty cell is NaN. Row 0 holds the names.
+// Rows are held from 0 up to the last one written, so a short log costs only its own rows.
 class Log_Array {
 public:
-    Log_Array();
+    Log_Array() = default;
     // Subscript out of range for a row past 7000 or a column past 74.
     double& operator()(int row, int column);
     double operator()(int row, int column) const;
@@ -41,6 +42,7 @@ public:
     static bool Empty(double v) { return v != v; }
 
 private:
+    void Hold_Row(int row);
     std::vector<double> values_;
     std::array<std::string, Log_Data_Columns> names_;
 };

@@ -49,5 +49,34 @@ TEST(Cli, QxsDiffListsEachDifferingAddress) {
     EXPECT_EQ(Cli({"frobnicate"}).code, 2);
 }
 
+TEST(Cli, LogCommandsRefuseWhatIsNotALogAndNameIt) {
+    Temp_Dir dir;
+    std::string noise(3000, '\0');
+    for (std::size_t i = 0; i < noise.size(); ++i)
+        noise[i] = static_cast<char>((i * 131 + 7) % 256);
+    const std::u16string wide = u"[log_settings]\r\nLog_File_Version=4.0\t\r\n[end log_settings]\r\n";
+    Write_File(dir.File("empty.qxl"), "");
+    Write_File(dir.File("noise.qxl"), noise);
+    Write_File(dir.File("utf16.qxl"),
+               std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2));
+    Write_File(dir.File("cr.qxl"),
+               "[log_settings]\rLog_File_Version=4.0\t\r[end log_settings]\r[log_data]\rLa\r");
+    for (const char* command : {"log-info", "log-csv"}) {
+        for (const char* name : {"empty.qxl", "noise.qxl", "utf16.qxl", "cr.qxl"}) {
+            auto r = Cli({command, dir.File(name)});
+            EXPECT_EQ(r.code, 1) << command << " " << name;
+            EXPECT_EQ(r.out, "") << command << " " << name;
+            EXPECT_EQ(r.err, std::string("This is not a log file: ") + name + "\n") << command;
+        }
+        auto r = Cli({command, dir.Path().string()});
+        EXPECT_EQ(r.code, 1);
+        EXPECT_EQ(r.err, dir.Path().string() + " is a folder\n");
+        r = Cli({command, "/dev/null"});
+        EXPECT_EQ(r.err, "/dev/null is a device\n");
+        r = Cli({command, dir.File("missing.qxl")});
+        EXPECT_EQ(r.err, dir.File("missing.qxl") + " does not exist\n");
+    }
+}
+
 } // namespace
 } // namespace quorlen
