@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 
 namespace quorlen {
 namespace {
@@ -76,6 +77,20 @@ TEST(Cli, LogCommandsRefuseWhatIsNotALogAndNameIt) {
         r = Cli({command, dir.File("missing.qxl")});
         EXPECT_EQ(r.err, dir.File("missing.qxl") + " does not exist\n");
     }
+}
+
+TEST(Cli, LogInfoSaysWhenARepairCantBeWritten) {
+    Temp_Dir dir;
+    std::string log =
+        test::Read_File(std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3_Default_Log_Settings.qxl");
+    log.insert(log.find("[log_dataset]"), "\x1A");
+    Write_File(dir.File("held.qxl"), log);
+    std::filesystem::create_directory(dir.File("held.qxl_repairing_copy.qxl"));
+    auto r = Cli({"log-info", dir.File("held.qxl")});
+    EXPECT_EQ(r.code, 0);
+    EXPECT_NE(r.out.find("repaired: no, it needs repair but can not be written"), std::string::npos) << r.out;
+    EXPECT_NE(r.err.find("can not be repaired"), std::string::npos) << r.err;
+    EXPECT_EQ(test::Read_File(dir.File("held.qxl")), log);
 }
 
 } // namespace

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
 namespace quorlen {
 namespace {
 
@@ -109,6 +112,46 @@ TEST_F(Startup, PresetsAndTheSelectedOne) {
     Ini("preset_list=200<Street>$$\xC2\xA3\r\nUser_Preset=9\r\n");
     Init_ini_file(app);
     EXPECT_EQ(app.User_Preset, 1); // beyond the rows: the count
+}
+
+TEST_F(Startup, TheLoadReadsTheFileOnceHoweverLongItsLists) {
+    std::string text = "comport1=3\r\n";
+    for (int i = 1; i <= 300; ++i)
+        text += "Sens_Def=S" + std::to_string(i) + "\tLinear\t0.1\t0\t0\t255\tV\t1\tbin\r\n";
+    for (int i = 1; i <= 100; ++i)
+        text += "preset_list=200<P" + std::to_string(i) + ">$$\xC2\xA3\r\n";
+    Ini(text + "User_Preset=5\r\n");
+    // Every open of the file is counted: the load may read it, and rewrite it for start_dir.
+    // The closes are watched too, or the queue would fold repeated opens into one event.
+    const int watch = inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(watch, 0);
+    ASSERT_GE(inotify_add_watch(watch, dir.File("RZ400_800M3.ini").c_str(), IN_OPEN | IN_CLOSE), 0);
+    Init_ini_file(app);
+    int opens = 0;
+    alignas(inotify_event) char events[64 * 1024];
+    for (ssize_t n; (n = read(watch, events, sizeof events)) > 0;)
+        for (char* at = events; at < events + n;
+             at += sizeof(inotify_event) + reinterpret_cast<inotify_event*>(at)->len)
+            opens += (reinterpret_cast<inotify_event*>(at)->mask & IN_OPEN) != 0;
+    close(watch);
+    EXPECT_LE(opens, 2);
+    EXPECT_EQ(app.sensors.table.Sens_Count, 301);
+    EXPECT_EQ(app.sensors.table.Name(300), "S300");
+    EXPECT_EQ(app.PresetList.size(), 100u);
+    EXPECT_EQ(app.User_Preset, 5);
+    EXPECT_EQ(app.program.Com_Port, 3);
+}
+
+TEST_F(Startup, NumbersTooBigForTheirOptionsCountAsAbsent) {
+    Ini("Autoguide=99999999999999999999\r\nManualUSBDetect=-99999999999\r\ncomport1=4294967297\r\n");
+    app.program.Starting_Up = true;
+    Read_Language_And_Autoguide(app);
+    Read_Link_And_Autostart(app);
+    Init_ini_file(app);
+    EXPECT_EQ(app.program.Autoguide, 0);
+    EXPECT_EQ(app.program.ManualUSBDetect, 0);
+    EXPECT_FALSE(app.prefs.ManualUSBDetect_Check);
+    EXPECT_EQ(app.program.Com_Port, 0);
 }
 
 } // namespace
