@@ -66,6 +66,25 @@ TEST(IniFile, ReadsValuesWithEqualsInsideAndListsByOccurrenceAndBracketKeys) {
     EXPECT_EQ(ini.Read_Ini_Number("missing"), 0);
 }
 
+TEST(IniFile, ASnapshotReadsAsTheFileDoes) {
+    Temp_Dir dir;
+    // A last line without its line end, and a bare CR inside a value, read as the file has them.
+    Write_File(dir.File("q.ini"),
+               "[Main]\r\nformula=a=b+c\r\nSens_Def=one\nSENS_DEF=t\rwo\r\nplain line\r\n=x\r\nlast=1");
+    const Ini_File ini(dir.File("q.ini"), dir.File("QXS.new"));
+    const Ini_Snapshot snapshot = ini.Snapshot();
+    for (const char* key : {"formula", "FORMULA", "sens_def", "[main", "plain line", "", "last", "none"})
+        for (int occurrence : {0, 1, 2, 3}) {
+            std::string from_file = "stale", from_snapshot = "stale";
+            EXPECT_EQ(ini.Read_Ini(key, from_file, occurrence),
+                      snapshot.Read_Ini(key, from_snapshot, occurrence))
+                << key << " " << occurrence;
+            EXPECT_EQ(from_file, from_snapshot) << key << " " << occurrence;
+        }
+    EXPECT_EQ(snapshot.Read_List("Sens_Def"), (std::vector<std::string>{"one", "t\rwo"}));
+    EXPECT_TRUE(Ini_File(dir.File("none.ini"), "").Snapshot().Read_List("Sens_Def").empty());
+}
+
 TEST(IniFile, MissingFileReadsEmptyAndWriteCreatesIt) {
     Temp_Dir dir;
     Ini_File ini(dir.File("q.ini"), dir.File("QXS.new"));
