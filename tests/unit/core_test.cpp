@@ -183,6 +183,7 @@ TEST(WindowSize, RoundTripAndTheThreeStates) {
     EXPECT_EQ(Window_Size_To_Save(maximised, "012000\t9000\t300\t200\t;"), "212000\t9000\t300\t200\t;");
     EXPECT_FALSE(Window_Size_To_Save(Window_Size{1, 1, 1, 1, 1}, "012000\t9000\t300\t200\t;"));
     EXPECT_FALSE(Parse_Window_Size("0abc\t"));
+    EXPECT_FALSE(Parse_Window_Size("04294967296\t9000\t300\t200\t;"));
 }
 
 } // namespace
