@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "cli/show_command.h"
 
+#include "cli/card_commands.h"
 #include "cli/edit_command.h"
 #include "cli/link_commands.h"
 #include "cli/log_commands.h"
@@ -29,7 +30,8 @@ const char* const Usage =
     "  info --port PATH|N [--baud 115200|625000]\n"
     "                     ask the box who it is and print what Connect info shows; exit 0 when\n"
     "                     it answered, 2 when not, 1 when the port can't be opened (and "
-    "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_LOG_USAGE "\n"
+    "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_LOG_USAGE
+        QUORLEN_CLI_CARD_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -97,6 +99,12 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "log") return Log_Command(args, out, err);
     if (command == "log-info") return Log_Info_Command(args, out, err);
     if (command == "log-csv") return Log_Csv_Command(args, out, err);
+    if (command == "card-check") return Card_Check_Command(args, out, err);
+    if (command == "card-read") return Card_Read_Command(args, out, err);
+    if (command == "card-write") return Card_Write_Command(args, out, err);
+    if (command == "pcsc-list") return Pcsc_List_Command(args, out, err);
+    if (command == "pcsc-read") return Pcsc_Read_Command(args, out, err);
+    if (command == "pcsc-write") return Pcsc_Write_Command(args, out, err);
     std::fprintf(err, "quorlen-cli: unknown command '%s'\n\n%s", command.c_str(), Usage);
     return 2;
 }

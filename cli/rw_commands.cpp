@@ -1,5 +1,6 @@
 #include "cli/rw_commands.h"
 
+#include "cli/box_session.h"
 #include "cli/cli_support.h"
 
 #include "core/atomic_file.h"
@@ -22,33 +23,6 @@
 namespace quorlen::cli {
 
 namespace {
-
-// A terminal's stand-in for the message boxes: messages go to the output; questions are
-// answered as a tuner who asked for the command would, and said on the error stream.
-class Cli_Dialogs final : public User_Dialogs {
-public:
-    Cli_Dialogs(std::FILE* out, std::FILE* err) : out_(out), err_(err) {}
-    bool quiet_questions = false;
-
-    void Inform(const std::string& text) override { std::fputs(Lines_Of(text).c_str(), out_); }
-    Answer Ask_Ok_Cancel(const std::string& text) override {
-        Note(text, "OK");
-        return Answer::Ok;
-    }
-    Answer Ask_Yes_No(const std::string& text) override {
-        Note(text, "Yes");
-        return Answer::Yes;
-    }
-    std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup&) override { return std::nullopt; }
-    std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
-
-private:
-    void Note(const std::string& text, const char* answer) {
-        if (!quiet_questions) std::fprintf(err_, "%s(answered %s)\n", Lines_Of(text).c_str(), answer);
-    }
-    std::FILE* out_;
-    std::FILE* err_;
-};
 
 struct Rw_Args {
     std::string port;
@@ -98,66 +72,9 @@ bool Parse(const std::vector<std::string>& args, Rw_Args& a, std::FILE* err) {
     return true;
 }
 
-// Everything one command holds while it talks to the box.
-class Box_Session {
-public:
-    Box_Session(const Rw_Args& a, std::FILE* out, std::FILE* err)
-        : dialogs(out, err), link_{program, texts, flags, state, log, line, no_auto_start_, Hooks()},
-          s{link_, image, rw, files, dialogs, {}} {
-        program.ComSpeed = a.baud == "625000" ? 625000 : 115200;
-        if (auto n = To_Integer(a.port))
-            program.Com_Port = static_cast<int>(*n);
-        else
-            program.Com_Port = state.Ports.Number_For(a.port);
-    }
-
-    // The report as the window's Debug_txt shows it, and the counters when they are on show.
-    void Print_Report(std::FILE* out) const {
-        std::fputs(Lines_Of(texts.Debug_txt).c_str(), out);
-        if (rw.Error_Codes_Shown) std::fputs(Lines_Of(texts.Error_Codes_txt).c_str(), out);
-    }
-    bool Equal() const { return rw.Read_Complete && !rw.Master_Mismatch && !rw.Slave_Mismatch; }
-
-    Core_Application core;
-    Program_State program;
-    Form_Texts texts;
-    File_State files;
-    Link_Flags flags;
-    Link_State state;
-    Debug_Log log; // not opened: the tool reports on its own output
-    Qt_Serial_Line line;
-    Settings_Image image;
-    Rw_State rw;
-    Cli_Dialogs dialogs;
-
-private:
-    static Link_Hooks Hooks() {
-        Link_Hooks hooks;
-        hooks.Dummy_Wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(50)); };
-        return hooks;
-    }
-    const bool no_auto_start_[2] = {false, false};
-    Link_Context link_;
-
-public:
-    Settings_Context s;
-};
-
 // The file to compare with or write: its image becomes the program's.
 bool Load_Into(Box_Session& b, const Rw_Args& a, std::FILE* err) {
-    if (a.file.empty()) {
-        std::fprintf(err, "quorlen-cli: want a settings file\n");
-        return false;
-    }
-    auto content = Load_Qxs_File(a.file);
-    if (!content) {
-        std::fprintf(err, "%s: %s\n", a.file.c_str(), Not_Valid_Qxs_Text);
-        return false;
-    }
-    std::copy(content->bytes.begin(), content->bytes.end(), b.image.CardByte.begin());
-    b.image.DatasetID = content->bytes[255];
-    b.texts.txt_File_Description = content->comment;
-    return true;
+    return Load_Settings_File(a.file, b.image, b.texts, err);
 }
 
 int Port_Failed(const Box_Session& b, std::FILE* out) {
@@ -174,7 +91,7 @@ int Read_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
         std::fprintf(err, "quorlen-cli read: want -o FILE.qxs and no other file\n");
         return 2;
     }
-    Box_Session b(a, out, err);
+    Box_Session b(a.port, a.baud, out, err);
     if (a.binary)
         Read_bin_command_cmd_Click(b.s);
     else
@@ -182,21 +99,13 @@ int Read_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     b.Print_Report(out);
     if (b.rw.Read_Failed) return 2;
     if (!b.rw.Read_Complete) return 1;
-    Image_Bytes bytes{};
-    std::copy_n(b.image.CardByte.begin(), bytes.size(), bytes.begin());
-    try {
-        Replace_File_Atomically(a.output, Format_Qxs(bytes, b.texts.txt_File_Description));
-    } catch (const Run_Error& e) {
-        std::fprintf(err, "%s: %s\n", a.output.c_str(), e.what());
-        return 1;
-    }
-    return 0;
+    return Save_Settings_File(a.output, b.image, b.texts.txt_File_Description, err) ? 0 : 1;
 }
 
 int Verify_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     Rw_Args a;
     if (!Parse(args, a, err)) return 2;
-    Box_Session b(a, out, err);
+    Box_Session b(a.port, a.baud, out, err);
     if (!Load_Into(b, a, err)) return 2;
     if (a.binary)
         Verify_bR_Settings_Click(b.s);
@@ -210,7 +119,7 @@ int Verify_Command(const std::vector<std::string>& args, std::FILE* out, std::FI
 int Write_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     Rw_Args a;
     if (!Parse(args, a, err)) return 2;
-    Box_Session b(a, out, err);
+    Box_Session b(a.port, a.baud, out, err);
     if (!Load_Into(b, a, err)) return 2;
     bool written = false;
     if (!a.binary && !a.fast) {
@@ -242,7 +151,7 @@ int Write_Command(const std::vector<std::string>& args, std::FILE* out, std::FIL
 int Errors_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     Rw_Args a;
     if (!Parse(args, a, err)) return 2;
-    Box_Session b(a, out, err);
+    Box_Session b(a.port, a.baud, out, err);
     b.dialogs.quiet_questions = true; // only the counters are wanted, whatever the dataset
     Read_Settings_Click(b.s);
     if (!b.rw.Read_Complete) return Port_Failed(b, out);
@@ -254,7 +163,7 @@ int Errors_Command(const std::vector<std::string>& args, std::FILE* out, std::FI
 int Clear_Errors_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     Rw_Args a;
     if (!Parse(args, a, err)) return 2;
-    Box_Session b(a, out, err);
+    Box_Session b(a.port, a.baud, out, err);
     Clear_Err_Counters_cmd_Click(b.s);
     b.Print_Report(out);
     if (b.rw.Read_Failed) return 2;

@@ -9,6 +9,7 @@ packages=(
     qt6-declarative-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libgl-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     clang-format
+    pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
 )
 if [ "${1:-}" = fuzz ]; then
     packages+=(clang libclang-rt-14-dev)

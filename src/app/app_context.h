@@ -2,6 +2,7 @@
 // All program-wide state of one run, grouped by concern. The main window owns one; tests and
 // the command-line tool build their own.
 
+#include "cards/card_state.h"
 #include "core/debug_log.h"
 #include "core/ini_file.h"
 #include "core/program_state.h"
@@ -34,6 +35,7 @@ struct App_Context {
     Link_Flags link;
     Link_State link_state;
     Rw_State rw;
+    Card_State card;
     Settings_Image image;
     Undo_List undo;
     Sensor_State sensors;

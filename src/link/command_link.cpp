@@ -22,6 +22,14 @@ void Link_Context::Dummy_Wait() const {
 
 void Send_Wait_Rec(Link_Context& c, std::string_view command, double timeout, int expected,
                    std::string& answer, bool& ok) {
+    const auto wanted = static_cast<std::size_t>(expected < 0 ? 0 : expected);
+    Send_Wait_Until(
+        c, command, timeout, [wanted](const std::string& so_far) { return so_far.size() >= wanted; }, answer,
+        ok);
+}
+
+void Send_Wait_Until(Link_Context& c, std::string_view command, double timeout,
+                     const std::function<bool(const std::string&)>& complete, std::string& answer, bool& ok) {
     Proc_Guard guard(c.log, "Send wait rec");
     ok = false;
     c.state.Last_Exchange_Failure.clear();
@@ -41,10 +49,9 @@ void Send_Wait_Rec(Link_Context& c, std::string_view command, double timeout, in
     const double t0 = c.Now();
     guard.Step([&] {
         if (!command.empty()) c.line.Write(command);
-        const auto wanted = static_cast<std::size_t>(expected < 0 ? 0 : expected);
         for (;;) {
             answer += c.line.Read_All();
-            if (answer.size() >= wanted) {
+            if (complete(answer)) {
                 ok = true;
                 break;
             }

@@ -59,6 +59,10 @@ double Steady_Seconds();
 // moment the count is reached: the time-out is a bound, never a wait.
 void Send_Wait_Rec(Link_Context& c, std::string_view command, double timeout, int expected,
                    std::string& answer, bool& ok);
+// The same exchange for answers whose length is not known, ended by what they hold (a
+// marker character, a complete banner): `complete` is asked after each arrival.
+void Send_Wait_Until(Link_Context& c, std::string_view command, double timeout,
+                     const std::function<bool(const std::string&)>& complete, std::string& answer, bool& ok);
 
 // Opens the selected port with the speed setting when it is closed; true when this call
 // opened it. Raises Run_Error when it can't, with `failure` filled when given.

@@ -380,6 +380,7 @@ void Com_Read_Click(Settings_Context& s) {
         return;
     }
     c.flags.Link_Busy = true;
+    s.rw.Read_Complete = false;
     guard.Step([&] {
         get_connect_info(c);
         std::string banner;
@@ -396,6 +397,7 @@ void Com_Read_Click(Settings_Context& s) {
                     s.image.CardByte[i] = s.image.TempByte[i] = bytes[i];
                     s.image.ChangedByte[i] = 0;
                 }
+                s.rw.Read_Complete = true;
             }
         }
     });

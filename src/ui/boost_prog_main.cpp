@@ -7,6 +7,7 @@
 #include "core/window_size.h"
 #include "tables/undo_list.h"
 #include "ui/autoguide_dialog.h"
+#include "ui/card_panel.h"
 #include "ui/frm_splash.h"
 #include "ui/link_panel.h"
 #include "ui/map_tabs.h"
@@ -276,6 +277,7 @@ void BoostProgMain::Build_Window() {
     Check_connection_timer_->setInterval(1500);
     Build_Link_Panel();
     Build_Rw_Panel();
+    Build_Card_Panel();
 
     connect(sstab_Main_, &QTabWidget::currentChanged, this, &BoostProgMain::Show_Right_Tabs);
     resize(1100, 760);
@@ -424,6 +426,8 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             form = new QX_Verify_frm(app_, dialogs, this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "frm_TodosII") {
+        form = Make_Todos_Form();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
             app_, this, [] {},
@@ -477,6 +481,8 @@ void BoostProgMain::Form_Unload() {
     Check_connection_timer_->stop();
     for (const char* name : Unload_Order)
         Unload(name);
+    // The card goes back to the reader reset, its PIN no longer presented.
+    Release_Card_Reader();
     app_.log.Close();
 }
 

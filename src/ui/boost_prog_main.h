@@ -3,6 +3,7 @@
 // runs the load order and the two shutdown routes, and hosts the child forms.
 
 #include "app/app_context.h"
+#include "cards/card_context.h"
 #include "files/settings_files.h"
 #include "link/command_link.h"
 #include "link/settings_context.h"
@@ -27,6 +28,7 @@ namespace quorlen::ui {
 
 class frmSplash;
 class Map_Tabs;
+struct Card_Panel;
 struct Link_Panel;
 struct Rw_Panel;
 
@@ -101,6 +103,20 @@ public:
     void Write_bin_command_cmd_Click();
     void Clear_Err_Counters_cmd_Click();
 
+    // The Mapchip tab: the card in the box and the card readers (boost_prog_main_cards.cpp).
+    void Check_Card_Present_cmd_Click();
+    void Read_Card_Inbox_cmd_Click();
+    void Write_Card_Inbox_cmd_Click();
+    void Chipdrive_Connect_Click();
+    void Read_Chipdrive_cmd_Click();
+    void Write_Chipdrive_cmd_Click();
+    void cmd_FindTodos_Click();
+    void cmdReadTodos_Click();
+    void cmd_WriteTodos_Click();
+    void cmd_DisConnectTodos_Click();
+    void SSTab_Communication_Click(int index);
+    Card_Context Cards();
+
     // The log window (boost_prog_main_log.cpp).
     void Open_Log_File(const std::string& path);
     void Stop_Logging_cmd_Click();
@@ -132,6 +148,14 @@ private:
     void Prefs_Port_Chosen(bool selected);
     void Start_Logg_cmd_Click(int index);
     void Build_Rw_Panel();
+    Settings_Hooks Rw_Hooks();
+    void Build_Card_Panel();
+    void Show_Card_State();
+    void Run_Card_Inbox(void (*procedure)(Settings_Context&, Card_Context&));
+    void Todos_Form_Follows();
+    QWidget* Make_Todos_Form();
+    void Show_Com_Tab();
+    void Release_Card_Reader();
     void Run_Settings(void (*procedure)(Settings_Context&));
     void Show_Rw_State();
     QWidget* Make_Log_Window();
@@ -175,6 +199,7 @@ private:
     QTimer* Check_connection_timer_ = nullptr;
     std::unique_ptr<Link_Panel> link_;
     std::unique_ptr<Rw_Panel> rw_;
+    std::unique_ptr<Card_Panel> cards_;
 };
 
 } // namespace quorlen::ui

@@ -79,6 +79,16 @@ void BoostProgMain::Run_Settings(void (*procedure)(Settings_Context&)) {
                                rw_->Clear_Err_Counters_cmd})
             if (b != nullptr) b->setEnabled(enabled);
     };
+    Settings_Hooks hooks = Rw_Hooks();
+    Settings_Context s{c, app_.image, app_.rw, app_.files, *active_dialogs_, std::move(hooks)};
+    procedure(s);
+    Show_Texts();
+    Show_Link_State();
+    Show_Rw_State();
+    rw_->Running = false;
+}
+
+Settings_Hooks BoostProgMain::Rw_Hooks() {
     Settings_Hooks hooks;
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
@@ -101,12 +111,7 @@ void BoostProgMain::Run_Settings(void (*procedure)(Settings_Context&)) {
     hooks.Verify_View = [this] {
         if (map_tabs_ != nullptr) map_tabs_->Verify_View();
     };
-    Settings_Context s{c, app_.image, app_.rw, app_.files, *active_dialogs_, std::move(hooks)};
-    procedure(s);
-    Show_Texts();
-    Show_Link_State();
-    Show_Rw_State();
-    rw_->Running = false;
+    return hooks;
 }
 
 void BoostProgMain::Show_Rw_State() {

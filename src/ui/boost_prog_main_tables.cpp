@@ -51,6 +51,7 @@ void BoostProgMain::Show_Right_Tabs() {
     Tables_Context ctx = app_.Tables(*active_dialogs_);
     quorlen::Show_Right_Tabs(ctx);
     map_tabs_->Show_Right_Tabs();
+    Show_Com_Tab();
 }
 
 void BoostProgMain::Init_Analog_from_CardByte(App_Context& app) {

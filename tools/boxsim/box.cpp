@@ -24,6 +24,13 @@ bool Takes_From_Pc(int address) {
     return address >= 0 && address < 1024 && address != 250 && address != 251;
 }
 
+// A box with a card runs from it, so the card starts out holding the box's settings.
+Smartcard::Content Card_From(const Image& image) {
+    Smartcard::Content content{};
+    std::copy_n(image.begin(), content.size(), content.begin());
+    return content;
+}
+
 std::uint8_t Slave_Copy(int address, std::uint8_t value) {
     return address == Mode_Byte ? static_cast<std::uint8_t>(value | Slave_Mark) : value;
 }
@@ -67,7 +74,7 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
 }
 
 Box::Box(Box_Config config, Box_Faults faults)
-    : config_(std::move(config)), faults_(faults),
+    : config_(std::move(config)), faults_(faults), card_(Card_From(config_.image), faults.card_silence_after),
       stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200}) {
     memory_ = config_.image;
     committed_ = config_.image;
@@ -103,6 +110,7 @@ Time Box::Next_Deadline() const {
 }
 
 bool Box::Continues(char c) const {
+    if (card_.Writing()) return true;
     switch (state_) {
     case State::Frame_Header:
     case State::Frame_Data:
@@ -112,7 +120,7 @@ bool Box::Continues(char c) const {
     case State::After_u:
         return c == 'e';
     case State::After_b:
-        return c == 'R' || c == 'W' || c == 'L';
+        return c == 'R' || c == 'W' || c == 'L' || (c == 'r' && config_.smartcard);
     case State::After_L:
         return c == 'a';
     case State::After_bL:
@@ -143,6 +151,11 @@ void Box::Take(char c, Time now, std::string& out) {
         } else {
             Emit(out, std::string(1, c));
         }
+        return;
+    }
+
+    if (card_.Writing()) {
+        Take_Card(c, out);
         return;
     }
 
@@ -242,6 +255,10 @@ void Box::Take(char c, Time now, std::string& out) {
             Emit(out, "L");
             return;
         }
+        if (c == 'r' && config_.smartcard) {
+            Emit(out, card_.Begin_Write());
+            return;
+        }
         if (c == 'w') {
             address_ = 0;
             digits_ = 0;
@@ -321,6 +338,15 @@ void Box::Take_Idle(char c, std::string& out) {
         break;
     }
     Emit(out, std::string(1, c));
+}
+
+void Box::Take_Card(char c, std::string& out) {
+    Emit(out, card_.Take(c));
+    if (card_.Silent()) silent_ = true;
+    if (!card_.Take_Completed()) return;
+    const auto& card = card_.Bytes();
+    std::copy(card.begin(), card.end(), memory_.begin());
+    std::copy(card.begin(), card.end(), committed_.begin());
 }
 
 void Box::Emit(std::string& out, std::string_view text) const {

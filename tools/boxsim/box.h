@@ -10,6 +10,7 @@
 // commits it, with its own slave mark forced on.
 
 #include "log_stream.h"
+#include "smartcard.h"
 
 #include <array>
 #include <bitset>
@@ -46,13 +47,14 @@ struct Box_Config {
 
 // Faults that act on the box's behaviour rather than on the line.
 struct Box_Faults {
-    long i2c_timeouts = 0;      // this many banners carry the display bus failure (-1: all)
-    long silence_after = -1;    // after this many commands the box neither acts nor answers (-1: never)
-    long bootloader_after = -1; // after this many commands the box resets into its boot loader (-1: never)
-    long rejected_frames = 0;   // this many good "bW" frames are refused with "E" (-1: all)
-    long failed_commits = 0;    // this many "ue" are refused (-1: all)
-    long pause_at_row = -1;     // the log stream goes quiet for 2 s at this row (-1: never)
-    long bad_sum_row = -1;      // the binary log frame of this row carries a wrong sum (-1: none)
+    long i2c_timeouts = 0;        // this many banners carry the display bus failure (-1: all)
+    long silence_after = -1;      // after this many commands the box neither acts nor answers (-1: never)
+    long bootloader_after = -1;   // after this many commands the box resets into its boot loader (-1: never)
+    long rejected_frames = 0;     // this many good "bW" frames are refused with "E" (-1: all)
+    long failed_commits = 0;      // this many "ue" are refused (-1: all)
+    long pause_at_row = -1;       // the log stream goes quiet for 2 s at this row (-1: never)
+    long bad_sum_row = -1;        // the binary log frame of this row carries a wrong sum (-1: none)
+    long card_silence_after = -1; // a card write goes silent after this many bytes (-1: never)
 };
 
 // The box's own checksum: 16-bit sum minus one, wrapping, where a sum of 0 gives 65535.
@@ -80,6 +82,7 @@ public:
     const Image& Slave_Memory() const { return slave_; }
     bool In_Bootloader() const { return bootloader_; }
     Log_Stream::Mode Streaming() const { return stream_.Active(); }
+    const Smartcard::Content& Card() const { return card_.Bytes(); }
     bool Silent() const { return silent_; }
     // Commands taken so far: each exchange of the dialogue ("v", "rd", "b", "w", one digit,
     // "$", "ue", a whole "bW" with its frame) counts one.
@@ -135,6 +138,9 @@ private:
 
     std::string frame_;
     std::size_t frame_count_ = 0;
+
+    Smartcard card_;
+    void Take_Card(char c, std::string& out);
 
     Log_Stream stream_;
     std::string stream_length_; // the hex digits after "bL"

@@ -24,7 +24,9 @@ const char* const Fault_Help =
     "  uefail[@N]      the first N \"ue\" (without N: all) answer \"ueE\" and commit nothing\n"
     "  pause@N         the log stream goes quiet for 2 s at its row N (counting from 0); the\n"
     "                  engine runs on, so those rows are missing when it comes back\n"
-    "  badsum@N        the binary log frame of row N carries a wrong sum\n";
+    "  badsum@N        the binary log frame of row N carries a wrong sum\n"
+    "  cardsilence@N   a card write (--smartcard) stops after N bytes: the box answers nothing\n"
+    "                  more and the card is left half written\n";
 
 namespace {
 
@@ -78,6 +80,9 @@ bool Add_Fault(std::string_view fault_text, Box_Faults& box, Line_Fault_Plan& li
     } else if (kind == "pause") {
         if (!need_n()) return false;
         box.pause_at_row = n;
+    } else if (kind == "cardsilence") {
+        if (!need_n()) return false;
+        box.card_silence_after = n;
     } else if (kind == "badsum") {
         if (!need_n()) return false;
         box.bad_sum_row = n;
