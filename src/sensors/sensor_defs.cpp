@@ -355,9 +355,11 @@ void Select_Row(Analog_Context& ctx, int input) {
 
 void Init_Analog_from_Inifile(Analog_Context& ctx) {
     Proc_Guard guard(ctx.log, "init analog from inifile");
+    Ini_Snapshot ini;
+    guard.Step([&] { ini = ctx.ini.Snapshot(); });
     for (int i = 1; i <= Analog_Inputs; ++i) {
         guard.Step([&] {
-            auto value = Val(ctx.ini.Read_Ini("an_sel" + std::to_string(i)));
+            auto value = Val(ini.Read_Ini("an_sel" + std::to_string(i)));
             ctx.sensors.inputs.An_Sel[static_cast<std::size_t>(i)] = To_Int16(value);
             Select_Row(ctx, i);
         });
