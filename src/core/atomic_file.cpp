@@ -95,13 +95,16 @@ bool File_Exists(const std::string& path) {
 std::optional<std::string> Why_Not_A_File(const std::string& path) {
     struct stat st {};
     if (::stat(path.c_str(), &st) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? "does not exist" : std::string("can not be read (") + std::strerror(errno) + ")";
+        return errno == ENOENT || errno == ENOTDIR
+                   ? "does not exist"
+                   : std::string("can not be read (") + std::strerror(errno) + ")";
     if (S_ISDIR(st.st_mode)) return "is a folder";
     if (S_ISFIFO(st.st_mode)) return "is a named pipe (FIFO)";
     if (S_ISCHR(st.st_mode) || S_ISBLK(st.st_mode)) return "is a device";
     if (S_ISSOCK(st.st_mode)) return "is a socket";
     if (!S_ISREG(st.st_mode)) return "is not a regular file";
-    if (::access(path.c_str(), R_OK) != 0) return std::string("can not be read (") + std::strerror(errno) + ")";
+    if (::access(path.c_str(), R_OK) != 0)
+        return std::string("can not be read (") + std::strerror(errno) + ")";
     return std::nullopt;
 }
 

@@ -221,9 +221,7 @@ void Calculate_Extended_Signals(Log_Context& ctx, Log_Array& data, int L) {
     const Log_Columns& col = log.columns;
     if (!log.plan_ready) Prepare(log);
 
-    guard.Step([&] {
-        RPM2_Filter4(data, L, Smoothing_Rows(s.txt_FIR[0]), col.Col_RPM, col.Col_RPM2);
-    });
+    guard.Step([&] { RPM2_Filter4(data, L, Smoothing_Rows(s.txt_FIR[0]), col.Col_RPM, col.Col_RPM2); });
     guard.Step([&] { Read_Car_Values(log, true); });
     const auto& car = log.car;
     guard.Step([&] {
@@ -254,9 +252,7 @@ void Calculate_Extended_Signals(Log_Context& ctx, Log_Array& data, int L) {
                 data(r, col.Col_Power) = car.Power_Min;
         }
     });
-    guard.Step([&] {
-        RPM2_Filter3(data, L, Smoothing_Rows(s.txt_FIR[1]), col.Col_Power, col.Col_Power);
-    });
+    guard.Step([&] { RPM2_Filter3(data, L, Smoothing_Rows(s.txt_FIR[1]), col.Col_Power, col.Col_Power); });
     guard.Step([&] {
         const double unit = s.Torque_option == 1 ? 1.35582 : 1.0;
         for (int r = 1; r <= L; ++r) {

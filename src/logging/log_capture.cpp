@@ -389,7 +389,8 @@ void Timer1_Timer(Log_Context& ctx) {
     });
     Log_State& log = ctx.log;
     log.Last_Shown_Row = cap.Log_Row_Count;
-    const long shown = Whole_Within(20 * Text_Value(log.setup.txt_Show_Log_Sek), 0, Log_Row_Limit).value_or(0);
+    const long shown =
+        Whole_Within(20 * Text_Value(log.setup.txt_Show_Log_Sek), 0, Log_Row_Limit).value_or(0);
     log.First_Shown_Row = std::max(1, cap.Log_Row_Count - static_cast<int>(shown));
     guard.Step([&] {
         if (log.setup.check_LogToFileOnly == 0 && ctx.hooks.Update_Chart) ctx.hooks.Update_Chart();

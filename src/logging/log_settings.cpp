@@ -235,7 +235,8 @@ void Read_Log_Settings(Log_Context& ctx) {
     guard.Step([&] {
         for (int g = 1; g <= 6; ++g)
             s.txt_Gearing[static_cast<std::size_t>(g)] = get("Log_Gearing", g);
-        if (const auto gear = Whole_Within(Val(get("Log_Gearing", 7)), 1, 6)) s.Gear_option = static_cast<int>(*gear);
+        if (const auto gear = Whole_Within(Val(get("Log_Gearing", 7)), 1, 6))
+            s.Gear_option = static_cast<int>(*gear);
         s.txt_Speed = get("Log_Gearing", 8);
         s.txt_RPM = get("Log_Gearing", 9);
     });
