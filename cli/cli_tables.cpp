@@ -5,6 +5,7 @@
 #include "files/settings_files.h"
 
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <unistd.h>
 
@@ -48,28 +49,61 @@ Cli_Tables::~Cli_Tables() {
     Flush_Diagnostics();
 }
 
+void Cli_Tables::Drop_Diagnostics() {
+    flushed_ = true;
+    app.log.Close();
+    std::remove(log_path_.c_str());
+}
+
+bool Cli_Tables::Ini_Ok() {
+    if (ini_problem_.empty()) return true;
+    // Nothing was done to speak of: the load's own diagnostics are dropped.
+    Drop_Diagnostics();
+    std::fprintf(err_, "quorlen-cli: %s\n", ini_problem_.c_str());
+    return false;
+}
+
 bool Cli_Tables::Load(const std::string& file) {
-    const auto content = ini_problem_.empty() ? Load_Qxs_File(file) : std::nullopt;
+    if (!Ini_Ok()) return false;
+    const auto content = Load_Qxs_File(file);
     if (!content) {
-        // Nothing was done to speak of: the load's own diagnostics are dropped.
-        flushed_ = true;
-        app.log.Close();
-        std::remove(log_path_.c_str());
-        if (!ini_problem_.empty())
-            std::fprintf(err_, "quorlen-cli: %s\n", ini_problem_.c_str());
-        else
-            std::fprintf(err_, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
+        Drop_Diagnostics();
+        std::fprintf(err_, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
         return false;
     }
     std::copy(content->bytes.begin(), content->bytes.end(), app.image.CardByte.begin());
     comment = content->comment;
+    Take_Image();
+    return true;
+}
+
+void Cli_Tables::Take_Image() {
     Analog_Context analog = app.Analog();
     Init_Analog_from_CardByte(analog);
     Tables_Context ctx = Context();
     Update_Tabs(ctx);
     Show_Right_Tabs(ctx);
     Update_All(ctx);
+}
+
+bool Cli_Tables::Save(const std::string& out) {
+    Image_Bytes bytes{};
+    std::copy_n(app.image.CardByte.begin(), bytes.size(), bytes.begin());
+    try {
+        Replace_File_Atomically(out, Format_Qxs(bytes, Comment_To_Save()));
+    } catch (const std::exception& e) {
+        std::fprintf(err_, "%s: %s\n", out.c_str(), e.what());
+        return false;
+    }
     return true;
+}
+
+std::string Cli_Tables::Comment_To_Save() const {
+    // The reader ends every comment line with CR LF and the writer adds one after the
+    // comment: without the reader's last one the comment goes back as it came.
+    std::string text = comment;
+    if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+    return text;
 }
 
 void Cli_Tables::Flush_Diagnostics() {

@@ -22,6 +22,7 @@ public:
     std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
 
 private:
+    void Drop_Diagnostics();
     std::FILE* err_;
 };
 
@@ -40,17 +41,28 @@ public:
     // "Not a valid qxs-file" on stderr, when it is not a settings file, and with the reason when
     // the configuration file given is missing or not a file.
     bool Load(const std::string& file);
+    // False, with the reason on stderr, when the configuration file given is missing or not a
+    // file; for the commands that read only the configuration.
+    bool Ini_Ok();
+    // After the image changed as a whole: the analogue inputs and the four table routines.
+    void Take_Image();
+    // The image and the file's comment to `out`, through a temporary file; false, with the
+    // reason on stderr, when it can't be written.
+    bool Save(const std::string& out);
     // The diagnostics so far (the log and the debug text) go to stderr; later ones are
     // dropped. Runs at the end of the object's life if not before.
     void Flush_Diagnostics();
 
     Tables_Context Context() { return app.Tables(dialogs); }
+    // The comment as a save writes it back unchanged.
+    std::string Comment_To_Save() const;
 
     App_Context app;
     Stderr_Dialogs dialogs;
     std::string comment; // the file's comment, lines joined by CR LF
 
 private:
+    void Drop_Diagnostics();
     std::FILE* err_;
     std::string log_path_;
     std::string ini_problem_;

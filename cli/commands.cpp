@@ -3,9 +3,12 @@
 
 #include "cli/card_commands.h"
 #include "cli/edit_command.h"
+#include "cli/engine_commands.h"
 #include "cli/link_commands.h"
 #include "cli/log_commands.h"
 #include "cli/rw_commands.h"
+#include "cli/settings_commands.h"
+#include "cli/summary_commands.h"
 
 #include "files/settings_files.h"
 #include "image/settings_image.h"
@@ -30,8 +33,9 @@ const char* const Usage =
     "  info --port PATH|N [--baud 115200|625000]\n"
     "                     ask the box who it is and print what Connect info shows; exit 0 when\n"
     "                     it answered, 2 when not, 1 when the port can't be opened (and "
-    "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_LOG_USAGE
-        QUORLEN_CLI_CARD_USAGE "\n"
+    "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_SETTINGS_USAGE
+        QUORLEN_CLI_LOG_USAGE QUORLEN_CLI_ENGINE_USAGE QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_SUMMARY_USAGE
+            QUORLEN_CLI_CARD_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -96,9 +100,14 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "errors") return Errors_Command(args, out, err);
     if (command == "clear-errors") return Clear_Errors_Command(args, out, err);
     if (command == "edit") return Edit_Command(args, out, err);
+    if (command == "settings") return Settings_Command(args, out, err);
+    if (command == "set") return Set_Command(args, out, err);
     if (command == "log") return Log_Command(args, out, err);
     if (command == "log-info") return Log_Info_Command(args, out, err);
     if (command == "log-csv") return Log_Csv_Command(args, out, err);
+    if (command == "engine") return Engine_Command(args, out, err);
+    if (command == "preset") return Preset_Command(args, out, err);
+    if (command == "summary") return Summary_Command(args, out, err);
     if (command == "card-check") return Card_Check_Command(args, out, err);
     if (command == "card-read") return Card_Read_Command(args, out, err);
     if (command == "card-write") return Card_Write_Command(args, out, err);

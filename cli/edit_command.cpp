@@ -2,9 +2,7 @@
 
 #include "cli/cli_tables.h"
 
-#include "core/atomic_file.h"
 #include "core/text.h"
-#include "files/qxs_format.h"
 #include "tables/cell_entry.h"
 #include "tables/selection_ops.h"
 
@@ -249,20 +247,7 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     }
     loaded.Flush_Diagnostics();
 
-    Image_Bytes bytes{};
-    std::copy_n(image.CardByte.begin(), bytes.size(), bytes.begin());
-    // The reader ends every comment line with CR LF and the writer adds one after the
-    // comment: without the reader's last one the comment goes back as it came.
-    std::string comment = loaded.comment;
-    if (comment.size() >= 2 && comment.compare(comment.size() - 2, 2, "\r\n") == 0)
-        comment.resize(comment.size() - 2);
-    try {
-        Replace_File_Atomically(a->out, Format_Qxs(bytes, comment));
-    } catch (const std::exception& e) {
-        std::fprintf(err, "%s: %s\n", a->out.c_str(), e.what());
-        return 1;
-    }
-    return 0;
+    return loaded.Save(a->out) ? 0 : 1;
 }
 
 } // namespace quorlen::cli

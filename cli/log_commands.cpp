@@ -2,9 +2,11 @@
 
 #include "cli/cli_support.h"
 
+#include "app/tune_tools.h"
 #include "cli/cli_tables.h"
 #include "core/atomic_file.h"
 #include "core/text.h"
+#include "link/qt/qt_port_platform.h"
 #include "link/qt/qt_serial_line.h"
 #include "link/read_verify.h"
 #include "logging/log_capture.h"
@@ -18,6 +20,10 @@
 #include <chrono>
 #include <memory>
 #include <thread>
+
+#ifndef QUORLEN_VERSION
+#define QUORLEN_VERSION "0.0.0"
+#endif
 
 namespace quorlen::cli {
 
@@ -142,6 +148,11 @@ int Log_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE*
     File_State files;
     Settings_Context settings{link, s.image, rw, files, s.dialogs, {}};
     s.hooks.Read_Box_Settings = [&] { Read_Settings_Click(settings); };
+    s.program.Program_Version = QUORLEN_VERSION;
+    s.hooks.Settings_Summary = [&] {
+        return Readable_Settings_Body(
+            Readable_Settings_Text(Summary_Facts_Of(s.program, link_state, s.image, Running_System_Name())));
+    };
 
     // A port that can't be opened is said plainly before anything starts.
     s.line.Set_Port(s.port);

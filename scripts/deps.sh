@@ -10,6 +10,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     clang-format
     pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
+    unrtf
 )
 if [ "${1:-}" = fuzz ]; then
     packages+=(clang libclang-rt-14-dev)

@@ -6,6 +6,8 @@
 #include "core/debug_log.h"
 #include "core/ini_file.h"
 #include "core/program_state.h"
+#include "engine/engine_catalogue.h"
+#include "engine/settings_pages.h"
 #include "files/presets.h"
 #include "image/scaling.h"
 #include "image/settings_image.h"
@@ -41,6 +43,8 @@ struct App_Context {
     Sensor_State sensors;
     Tables_State tables;
     Scroll_Limits scroll_limits;
+    Engine_Config_State engine;
+    Pages_State pages;
     Preset_Table PresetList;
     int User_Preset = 0;
     Prefs_State prefs;
@@ -51,6 +55,7 @@ struct App_Context {
 
     Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
     Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs}; }
+    Pages_Context Pages() { return {image, sensors, pages, engine, undo, ini, log}; }
 };
 
 } // namespace quorlen

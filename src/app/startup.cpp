@@ -35,6 +35,16 @@ void Init_ini_file(App_Context& app) {
     guard.Step([&] { app.files.CurrentDataDir = ini.Read_Ini("card_data_dir"); });
     guard.Step([&] { app.ini.Write_Ini("start_dir", app.program.App_Path); });
     guard.Step([&] { Load_Sensor_Definitions(app.sensors, ini, guard, &app.texts.Debug_txt); });
+    Load_Presets(app, guard, ini);
+}
+
+void Load_Presets(App_Context& app, Proc_Guard& guard) {
+    Ini_Snapshot ini;
+    guard.Step([&] { ini = app.ini.Snapshot(); });
+    Load_Presets(app, guard, ini);
+}
+
+void Load_Presets(App_Context& app, Proc_Guard& guard, const Ini_Snapshot& ini) {
     guard.Step([&] {
         app.PresetList.clear();
         for (const std::string& line : ini.Read_List("preset_list")) {

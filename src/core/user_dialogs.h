@@ -35,6 +35,8 @@ public:
         (void)title;
         Inform(text);
     }
+    // A warning that must not be missed (a stop sign on screen); by default a plain box.
+    virtual void Warn(const std::string& text) { Inform(text); }
     // A question with OK and Cancel buttons.
     virtual Answer Ask_Ok_Cancel(const std::string& text) = 0;
     // A question with Yes and No buttons.

@@ -20,14 +20,14 @@ Image_Bytes Image_Of(const Settings_Image& image) {
     return bytes;
 }
 
-void Write_Image_File(Settings_File_Context& ctx, const std::string& path) {
+} // namespace
+
+void Save_Settings_File(Settings_File_Context& ctx, const std::string& path) {
     ctx.image.CardByte[250] = 0;
     ctx.image.CardByte[251] = 0;
     ctx.image.CardByte[255] = static_cast<std::uint8_t>(ctx.image.DatasetID);
     Replace_File_Atomically(path, Format_Qxs(Image_Of(ctx.image), ctx.texts.txt_File_Description));
 }
-
-} // namespace
 
 std::string Dataset_Question(int found, int selected, const std::string& what) {
     return what + " has different dataset ID (" + std::to_string(found) +
@@ -123,8 +123,8 @@ void File_save_Click(Settings_File_Context& ctx) {
     Set_Title(ctx, ctx.files.CurrentFileName);
     guard.Step([&] { ctx.ini.Write_Ini("card_data_dir", ctx.files.CurrentDataDir); });
     guard.Step([&] {
-        Write_Image_File(ctx, Resolve_In_App_Path(ctx.program.App_Path,
-                                                  ctx.files.CurrentDataDir + ctx.files.CurrentFileName));
+        Save_Settings_File(ctx, Resolve_In_App_Path(ctx.program.App_Path,
+                                                    ctx.files.CurrentDataDir + ctx.files.CurrentFileName));
     });
 }
 
@@ -143,7 +143,7 @@ void File_save_as_Click(Settings_File_Context& ctx) {
     ctx.files.CurrentFileName = picked->file_title;
     Set_Title(ctx, ctx.files.CurrentFileName);
     guard.Step([&] { ctx.ini.Write_Ini("card_data_dir", ctx.files.CurrentDataDir); });
-    guard.Step([&] { Write_Image_File(ctx, picked->full_name); });
+    guard.Step([&] { Save_Settings_File(ctx, picked->full_name); });
     ctx.files.CurrentFileName = picked->file_title;
     Set_Title(ctx, ctx.files.CurrentFileName);
 }

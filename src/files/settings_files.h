@@ -53,6 +53,11 @@ std::string Cut_Data_Dir(const std::string& full_name, const std::string& file_t
 // original ran in its own folder and looked there).
 std::string Resolve_In_App_Path(const std::string& app_path, const std::string& name);
 
+// The image and the comment into a settings file at `path`, by the rules of every save:
+// bytes 250 and 251 are written as 0 and byte 255 takes the selected dataset ID. Throws when
+// the file cannot be written; the old file is then untouched.
+void Save_Settings_File(Settings_File_Context& ctx, const std::string& path);
+
 void File_open_Click(Settings_File_Context& ctx);
 void File_save_Click(Settings_File_Context& ctx);
 void File_save_as_Click(Settings_File_Context& ctx);

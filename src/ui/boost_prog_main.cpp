@@ -14,6 +14,7 @@
 #include "ui/qx_3dmap.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
+#include "ui/qx_settings.h"
 #include "ui/qx_verify_frm.h"
 #include "ui/rw_panel.h"
 
@@ -141,12 +142,14 @@ void BoostProgMain::Build_Menus() {
 
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
+    action(settings, "mnu_Settings", "&Engine settings...", [this] { Show_Settings(); });
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
 
     QMenu* view = menuBar()->addMenu("&View");
     view->setObjectName("View_menu");
     action(view, "View_write_debug", "&Communication report", &BoostProgMain::View_write_debug_Click);
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
+    action(view, "Setting_Summary", "&Setting summary...", [this] { Setting_Summary_Click(false); });
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -247,6 +250,12 @@ void BoostProgMain::Build_Window() {
     header->addWidget(CompLogo_);
     header->addSpacing(16);
     header->addWidget(Label_Comments_, 1);
+    // Semi-sequential fuel is called out where the tuner looks first.
+    Fuel_Mode_label_ = new QLabel(central);
+    Fuel_Mode_label_->setObjectName("Fuel_Mode_label");
+    Fuel_Mode_label_->setAlignment(Qt::AlignCenter);
+    header->addWidget(Fuel_Mode_label_);
+    header->addSpacing(16);
     header->addWidget(Version_label_);
     layout->addLayout(header);
 
@@ -424,8 +433,18 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             form = new QX_3Dmap(app_, dialogs, this);
         else
             form = new QX_Verify_frm(app_, dialogs, this);
+    } else if (name == "QX_settings") {
+        QX_settings_Hooks hooks;
+        hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+        hooks.Update_All = [this] { Update_All(); };
+        hooks.Update_Tabs = [this] { Update_Tabs(); };
+        hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
+        hooks.Clear_Err_Counters = [this] { Clear_Err_Counters_cmd_Click(); };
+        form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "QX_Setting_Summary") {
+        form = Make_Setting_Summary_Window();
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
     } else if (name == "Autoguide_startup_Dialog") {
@@ -607,6 +626,10 @@ void BoostProgMain::Show_Prefs() {
     QWidget* form = Form("QX_prefs");
     form->show();
     form->raise();
+}
+
+void BoostProgMain::Show_Settings(int index) {
+    static_cast<QX_settings*>(Form("QX_settings"))->Show_Tab(index);
 }
 
 void BoostProgMain::Help_Quorlen_Click() {

@@ -62,15 +62,21 @@ public:
     void Help_wwwlink_Click();
     void Help_About_Click();
     void Show_Prefs();
+    // The settings form, on its last tab or on tab `index`.
+    void Show_Settings(int index = -1);
 
     // Refreshes every view from the image (boost_prog_main_tables.cpp).
     void Update_All();
+    // The main window's word on sequential or semi-sequential fuel, from the layout.
+    void Show_Fuel_Mode();
     void Update_Tabs();
     void Show_Right_Tabs();
     void Init_Tabs();
     // The analogue inputs take the sensors the image names, and the tables follow.
     void Init_Analog_from_CardByte(App_Context& app);
     void Analog_Follows_Image();
+    // The settings form's sliders that depend on a sensor follow a change of sensor.
+    void Update_scroll_change();
 
     // A child form by name, created on first use.
     QWidget* Form(const std::string& name);
@@ -122,6 +128,8 @@ public:
     void Stop_Logging_cmd_Click();
     void Log_Autostart(int index);
     double Logged_RPM();
+    // The setting summary viewer on the image, or on the settings of the log window's log.
+    void Setting_Summary_Click(bool log_settings = false);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -159,7 +167,10 @@ private:
     void Run_Settings(void (*procedure)(Settings_Context&));
     void Show_Rw_State();
     QWidget* Make_Log_Window();
+    QWidget* Make_Setting_Summary_Window();
     void Build_Log_Window();
+    // The settings form if it has been made, else null.
+    class QX_settings* Settings_Form_If_Made();
 
     App_Context app_;
     Start_Options options_;
@@ -185,6 +196,7 @@ private:
     QLabel* Version_label_ = nullptr;
     QLabel* Label_Comments_ = nullptr;
     QLabel* Label_Notification_ = nullptr;
+    QLabel* Fuel_Mode_label_ = nullptr;
     QLabel* CompLogo_ = nullptr;
     QPushButton* Connect_Info_ = nullptr;
     QPushButton* Read_Settings_ = nullptr;

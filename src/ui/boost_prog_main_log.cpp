@@ -2,10 +2,13 @@
 // button, auto start, a log picked in the settings file dialog, and what a running log
 // changes on the main window. The logging itself is in logging/ and ui/qx_log.cpp.
 
+#include "app/tune_tools.h"
 #include "core/proc_guard.h"
+#include "link/qt/qt_port_platform.h"
 #include "logging/log_export.h"
 #include "ui/boost_prog_main.h"
 #include "ui/qx_log.h"
+#include "ui/qx_setting_summary.h"
 
 #include <QAction>
 #include <QPushButton>
@@ -36,6 +39,10 @@ QWidget* BoostProgMain::Make_Log_Window() {
         Show_Texts();
     };
     hooks.Port_Path = [this] { return app_.link_state.Ports.Name_Of(app_.program.Com_Port); };
+    hooks.Settings_Summary = [this] {
+        return Readable_Settings_Body(Readable_Settings_Text(Summary_Facts_Of(app_, Running_System_Name())));
+    };
+    hooks.Show_Setting_Summary = [this] { Setting_Summary_Click(true); };
     return new QX_Log(app_, std::move(hooks), this);
 }
 
@@ -69,6 +76,30 @@ void BoostProgMain::Log_Autostart(int index) {
     log->raise();
     if (index >= 0 && index <= 1 && app_.prefs.Auto_Start_option[index] && !log->Logging())
         log->cmd_Open_Com_Click();
+}
+
+QWidget* BoostProgMain::Make_Setting_Summary_Window() {
+    Summary_Window_Hooks hooks;
+    hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+    hooks.Log_Readable_Settings = [this] {
+        return Form_Exists("QX_Log") ? static_cast<QX_Log*>(Form("QX_Log"))->State().Readable_Settings_Text
+                                     : std::string();
+    };
+    hooks.Log_File_Name = [this] {
+        return Form_Exists("QX_Log") ? static_cast<QX_Log*>(Form("QX_Log"))->State().Log_File_Name
+                                     : std::string();
+    };
+    return new QX_Setting_Summary(app_, std::move(hooks), this);
+}
+
+void BoostProgMain::Setting_Summary_Click(bool log_settings) {
+    auto* summary = static_cast<QX_Setting_Summary*>(Form("QX_Setting_Summary"));
+    if (log_settings)
+        summary->cmd_View_Log_Settings_Click();
+    else
+        summary->Update_Readable_Setting_Window();
+    summary->show();
+    summary->raise();
 }
 
 double BoostProgMain::Logged_RPM() {

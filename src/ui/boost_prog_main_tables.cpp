@@ -4,6 +4,11 @@
 #include "ui/boost_prog_main.h"
 
 #include "ui/map_tabs.h"
+#include "ui/qx_settings.h"
+
+#include "app/tune_tools.h"
+
+#include <QLabel>
 
 #include <QTabWidget>
 
@@ -26,7 +31,20 @@ void BoostProgMain::Update_All() {
     Tables_Context ctx = app_.Tables(*active_dialogs_);
     quorlen::Update_All(ctx);
     map_tabs_->Update_All();
+    Engine_Config_Follow_Image(app_.engine, app_.image);
+    Show_Fuel_Mode();
+    // A hidden settings form catches up when it is shown.
+    if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
+        settings->Update_Settings();
     UpdateBusy_ = false;
+}
+
+void BoostProgMain::Show_Fuel_Mode() {
+    QString text = QString::fromStdString(app_.engine.Main_Fuel_label);
+    text.replace("\r\n", "\n");
+    Fuel_Mode_label_->setText(text);
+    Fuel_Mode_label_->setStyleSheet(app_.engine.Sequential_Fuel ? QString()
+                                                                : "color: #b00000; font-weight: bold;");
 }
 
 void BoostProgMain::Update_Tabs() {
@@ -38,6 +56,7 @@ void BoostProgMain::Update_Tabs() {
 void BoostProgMain::Init_Tabs() {
     Tables_Context ctx = app_.Tables(*active_dialogs_);
     quorlen::Init_Tabs(ctx);
+    Init_Engine_Config(app_);
     map_tabs_->Init_Tabs();
     map_tabs_->Update_Tabs();
 }
@@ -65,6 +84,15 @@ void BoostProgMain::Analog_Follows_Image() {
     Update_Tabs();
     Show_Right_Tabs();
     Update_All();
+    Update_scroll_change();
+}
+
+void BoostProgMain::Update_scroll_change() {
+    if (QX_settings* settings = Settings_Form_If_Made()) settings->Update_scroll_change();
+}
+
+QX_settings* BoostProgMain::Settings_Form_If_Made() {
+    return Form_Exists("QX_settings") ? static_cast<QX_settings*>(Form("QX_settings")) : nullptr;
 }
 
 } // namespace quorlen::ui

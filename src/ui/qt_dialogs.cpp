@@ -54,6 +54,11 @@ void Qt_User_Dialogs::Inform_Titled(const std::string& title, const std::string&
     QMessageBox::information(parent_, From_8bit(title), From_8bit(text), QMessageBox::Ok);
 }
 
+void Qt_User_Dialogs::Warn(const std::string& text) {
+    if (unattended_) return Report("warn", text);
+    QMessageBox::critical(parent_, title_, From_8bit(text), QMessageBox::Ok);
+}
+
 Answer Qt_User_Dialogs::Ask_Ok_Cancel(const std::string& text) {
     if (unattended_) {
         Report("ask", text);

@@ -1,5 +1,7 @@
 #include "ui/qx_log.h"
 
+#include "engine/page_choices.h"
+
 #include "app/app_context.h"
 #include "core/app_path.h"
 #include "core/proc_guard.h"
@@ -91,17 +93,23 @@ Log_Context QX_Log::Ctx() {
         }
     };
     h.Read_Box_Settings = hooks_.Read_Box_Settings;
+    h.Settings_Summary = hooks_.Settings_Summary;
     h.Main_Controls_Enabled = hooks_.Main_Controls_Enabled;
     h.Main_Log_Caption = hooks_.Main_Log_Caption;
     h.Main_Status = hooks_.Main_Status;
     h.Update_Chart = [this] { Update_Chart(); };
     h.Signals_Changed = [this] { Fill_Signals(); };
+    h.ae_combo_index = [this] { return ae_combo_Index(app_.image); };
     const std::string port = hooks_.Port_Path ? hooks_.Port_Path() : std::string();
     return Log_Context{*state_,  app_.image,       app_.program, app_.texts, app_.link,
                        app_.log, hooks_.Dialogs(), line_.get(),  port,       std::move(h)};
 }
 
 // --- building -----------------------------------------------------------------------------
+
+void QX_Log::Setting_Summary_Click() {
+    if (hooks_.Show_Setting_Summary) hooks_.Show_Setting_Summary();
+}
 
 void QX_Log::Build() {
     setWindowTitle(QString::fromStdString(app_.program.Program_Title) + "Log");
@@ -147,6 +155,7 @@ void QX_Log::Build() {
     button("File_Save", "Save as...", &QX_Log::File_Save_As_Click);
     cmd_Clear_Logg_ = button("cmd_Clear_Logg", "Clear", &QX_Log::cmd_Clear_Logg_Click);
     button("cmd_Export_Log_qxs_settings", "Take settings", &QX_Log::cmd_Export_Log_qxs_settings_Click);
+    button("Setting_Summary", "Setting summary", &QX_Log::Setting_Summary_Click);
     layout->addLayout(top);
 
     auto* info = new QGroupBox("Log", this);

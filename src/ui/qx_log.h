@@ -42,6 +42,10 @@ struct Log_Window_Hooks {
     std::function<void(const std::string& log_text)> Take_Settings;
     // The device path of the selected port.
     std::function<std::string()> Port_Path;
+    // The readable settings summary of the image, for the log's [readable_settings].
+    std::function<std::string()> Settings_Summary;
+    // The setting summary viewer on this log's settings.
+    std::function<void()> Show_Setting_Summary;
 };
 
 class QX_Log final : public Child_Form {
@@ -65,6 +69,8 @@ public:
     void cmd_Clear_Logg_Click();
     void cmd_Export_Log_qxs_settings_Click();
     void cmd_Calc_Gearing_Click();
+    // The setting summary viewer, showing the settings this log was taken with.
+    void Setting_Summary_Click();
     // The setup texts into the settings section, as the setup form's OK does.
     void Apply_Settings_Click();
 

@@ -111,6 +111,34 @@ TEST_P(LogRecording, TwentyRowsASecondNothingLostAndTheBoxImageInside) {
 INSTANTIATE_TEST_SUITE_P(TextAndBinary, LogRecording, ::testing::Values(false, true),
                          [](const auto& p) { return p.param ? "Binary" : "Text"; });
 
+// The log tells by itself which box and which tune it was taken with.
+TEST(LogSummary, TheBoxItCameFromStandsBetweenTheMarkers) {
+    test::Temp_Dir dir;
+    test::Boxsim_Run box(BOXSIM_EXECUTABLE, {"--slave", "--serial", "4321", "--firmware", "800M3 V3.50"});
+    ASSERT_TRUE(box.Ready());
+    const std::string log = dir.File("run.qxl");
+    int status = 0;
+    const std::string said =
+        Run_Cli({"log", "--port", box.Link(), "--seconds", "1", "--settings", "-o", log}, status);
+    ASSERT_EQ(status, 0) << said;
+    const test::Cli_Result summary = test::Run_Cli({"summary", log});
+    ASSERT_EQ(summary.code, 0) << summary.err;
+    const std::string& out = summary.out;
+    const auto begin = out.find("[readable_settings]\n");
+    const auto end = out.find("[end readable_settings]\n");
+    ASSERT_EQ(begin, 0u) << out;
+    ASSERT_NE(end, std::string::npos) << out;
+    const std::string inside = out.substr(begin, end - begin);
+    EXPECT_NE(inside.find("QX-box firmware: \t\t800M3 V3.50\n"), std::string::npos) << inside;
+    EXPECT_NE(inside.find("RZ-box SC ID: \t\t200\n"), std::string::npos) << inside;
+    EXPECT_NE(inside.find("RZ-box Serial: \t\tRZ4321\n"), std::string::npos) << inside;
+    EXPECT_NE(inside.find("RZ mode: \t\tMaster & Slave present\n"), std::string::npos) << inside;
+    // Recorded without the box's settings, a log says nothing of them.
+    const std::string bare = dir.File("bare.qxl");
+    Run_Cli({"log", "--port", box.Link(), "--seconds", "1", "-o", bare}, status);
+    EXPECT_EQ(test::Run_Cli({"summary", bare}).out, "");
+}
+
 // The capture itself on the real line, driven by the clock as the window would drive it.
 class LiveCapture : public ::testing::Test {
 protected:

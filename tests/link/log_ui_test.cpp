@@ -71,7 +71,12 @@ TEST_F(LogWindow, TheMainWindowsButtonRecordsALogAndSavesIt) {
     const std::string saved = dir.File(state.Log_File_Name);
     ASSERT_TRUE(std::filesystem::exists(saved)) << saved;
     EXPECT_EQ(state.Log_File_Name.rfind("QXLog-_", 0), 0u);
-    EXPECT_NE(Read_File(saved).find("[log_dataset]\r\n"), std::string::npos);
+    const std::string text = Read_File(saved);
+    EXPECT_NE(text.find("[log_dataset]\r\n"), std::string::npos);
+    // And the words of the box it came from.
+    EXPECT_NE(text.find("QX-box firmware: \t\t800M3 V3.42\r\n"), std::string::npos);
+    EXPECT_NE(text.find("RZ-box Serial: \t\tRZ1234\r\nRZ mode: \t\tMaster\r\n[end readable_settings]\r\n"),
+              std::string::npos);
     auto* chart = log->findChild<QChartView*>("MSChart1");
     ASSERT_FALSE(chart->chart()->series().isEmpty());
     EXPECT_GE(static_cast<QLineSeries*>(chart->chart()->series().front())->count(), 40);

@@ -18,7 +18,12 @@ public:
     std::vector<File_Dialog_Setup> dialogs_shown;
 
     std::vector<std::string> informed_titles; // of Inform_Titled, in order
+    std::vector<std::string> warned;          // of Warn, which also counts as informed
     void Inform(const std::string& text) override { informed.push_back(text); }
+    void Warn(const std::string& text) override {
+        warned.push_back(text);
+        Inform(text);
+    }
     void Inform_Titled(const std::string& title, const std::string& text) override {
         informed_titles.push_back(title);
         Inform(text);

@@ -408,6 +408,30 @@ def preset_lines():
 # Configuration file
 # ---------------------------------------------------------------------------
 
+# The items of the output and input function lists, in the order of the numbers the box
+# stores (at most 9: a selection of 9 or more is mended to 0 on load). A digital function
+# also names the thresholds it switches on: none, fan, rpm, analog or both.
+PWM_FUNCTIONS = ["Not used", "Boost control", "Idle air valve", "Fuel pump speed", "Water injection",
+                 "Nitrous", "Intercooler spray", "Shift light", "Fan speed"]
+PWM_LOADS = ["RPM", "Analog 1, AFR", "Analog 2, TPS", "Analog 3, MAP", "Analog 4, Coolant",
+             "AUX1 - Battery", "AUX2, Air Temperature", "Analog 11"]
+DIGITAL_FUNCTIONS = [("Not used", "none"), ("Fan", "fan"), ("RPM switch", "rpm"),
+                     ("Analog switch", "analog"), ("RPM and analog switch", "both"),
+                     ("Shift light", "rpm"), ("Fuel pump", "none"), ("Warning light", "none"),
+                     ("Boost stage", "both")]
+DIGITAL_SENSORS = ["Analog 1, AFR", "Analog 2, TPS", "Analog 3, MAP", "Analog 4, Coolant",
+                   "Analog 5, Slave", "Analog 6, Slave", "Analog 7, Slave", "Analog 8, Slave",
+                   "AUX1 - Battery"]
+
+
+def function_lines():
+    lines = ["PWM_Function=%s\t" % f for f in PWM_FUNCTIONS]
+    lines += ["PWM_Load=%s\t" % f for f in PWM_LOADS]
+    lines += ["Digital_Function=%s\t%s\t" % f for f in DIGITAL_FUNCTIONS]
+    lines += ["Digital_Sensor=%s\t" % f for f in DIGITAL_SENSORS]
+    return lines
+
+
 def ini_text():
     lines = [
         "comport1=1",
@@ -440,6 +464,12 @@ def ini_text():
         "; Presets: dataset, name in angle brackets, then three change lists.",
     ]
     lines += preset_lines()
+    lines += [
+        "",
+        "; Output and input functions: the items of the lists of the settings pages, in the",
+        "; order of the numbers the box stores. A digital function names its thresholds too.",
+    ]
+    lines += function_lines()
     lines += [""]
     return CRLF.join(lines) + CRLF
 
