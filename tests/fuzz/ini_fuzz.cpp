@@ -1,8 +1,9 @@
 // The configuration file as the program reads it at start: port, folders, sensors, presets,
-// language, link speed, auto start, the analogue inputs and the window sizes; then the
-// rewrites the preferences make.
+// language, link speed, auto start, the analogue inputs, the engine layouts and the window
+// sizes; then the rewrites the preferences make.
 
 #include "app/startup.h"
+#include "app/tune_tools.h"
 #include "core/atomic_file.h"
 #include "core/window_size.h"
 #include "fuzz_support.h"
@@ -39,6 +40,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Analog_Context analog = app.Analog();
     Init_Analog_from_Inifile(analog);
     Init_Analog_from_CardByte(analog);
+    // The engine layouts, every row as the engine frame and the layout list show it.
+    Init_Engine_Config(app);
+    const Engine_Config_Table& layouts = app.engine.Engine_Config_Tab;
+    Engine_Combo_Items(layouts);
+    for (int row = 0; row < Engine_Config_Lines; ++row) {
+        const Engine_Layout layout = Engine_Layout_Of(layouts, row);
+        Crank_Wheel_Of(layout.crank_sensor);
+        Forbidden_Tooth(layouts, row, 36);
+        try {
+            Recommended_Fuel_Teeth(layout.tooth_degrees, layout.sequential_fuel);
+        } catch (const Run_Error&) {
+            // Division by zero and overflow are for the caller's guard, as the program has them.
+        }
+        Take_Engine_Row(app.engine, row);
+    }
     for (const char* key : {"Main_Window_Size", "Display_Window_Size", "Log_Window_Size"}) {
         const std::string saved = app.ini.Read_Ini(key);
         Parse_Window_Size(saved);

@@ -1,6 +1,7 @@
-// A log file as File, Open reads it (a damaged one is mended), then saved and read again,
-// with the numbers that come from its settings section of the saved box image.
+// A log file as File, Open reads it (a damaged one is mended), then saved and read again;
+// the readable settings a summary takes from it, and the modes read from its box image.
 
+#include "files/settings_summary.h"
 #include "fuzz_support.h"
 #include "logging/log_file.h"
 #include "logging/log_signals.h"
@@ -21,6 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string joined = Join_Log_File(*f.state);
     if (joined.find_first_of("\x1A\x03") != std::string::npos) std::abort();
 
+    // The readable settings it carries, as the summary of a log takes them.
+    Readable_Settings_Body(Readable_Section_Of(std::string(fuzz::Text(data, size))));
     Get_Boost_sensor(*f.state, f.debug);
     Get_Ignition_mode(*f.state, f.debug);
     Get_MasterSlave_mode(*f.state, f.debug);
