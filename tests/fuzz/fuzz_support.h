@@ -40,7 +40,6 @@ public:
     explicit Scripted_Box_Line(std::vector<std::string> answers) : answers_(std::move(answers)) {}
 
     double now = 0;
-    std::size_t commands = 0;
 
     void Set_Port(const std::string& path) override { port_ = path; }
     std::string Port() const override { return port_; }
@@ -67,7 +66,6 @@ public:
     }
     void Write(std::string_view) override {
         Need_Open();
-        ++commands;
         if (next_ < answers_.size()) waiting_ += answers_[next_++];
     }
     bool Wait_For_Input(double seconds) override {
