@@ -1,7 +1,9 @@
-// The session check's "v" exchange (1 character out, 200 back) against the simulator on a
-// pseudo-terminal, 200 times, through the program's QSerialPort line. With --wire-baud the
+// The session check (get_connect_info: one "v" exchange and the banner's fields) against the
+// simulator on a pseudo-terminal, 200 times, through the program's QSerialPort line. The
+// simulator answers with a banner of natural length, shorter than the 200 characters the
+// check may wait for, so the check must end on the banner's own end. With --wire-baud the
 // simulator paces its side like a real line, and the figure that matters is the ratio of the
-// mean exchange to the wire time of command and answer (target: at most 1.2).
+// mean check to the wire time of command and answer (target: at most 1.2).
 
 #include "link/qt/qt_serial_line.h"
 #include "link/session.h"
@@ -11,6 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -41,31 +44,44 @@ void V_Exchange(benchmark::State& run) {
     quorlen::Link_Context c{program, texts, flags, state, log, line, no_auto_start, {}};
     quorlen::Open_Port_If_Closed(c);
 
+    // The banner's length, for the wire time.
     std::string answer;
     bool ok = false;
+    quorlen::Ask_Banner(c, 0.2, 200, answer, ok);
+    const auto characters = static_cast<double>(1 + answer.size());
+    std::vector<double> each;
     const double start = quorlen::Steady_Seconds();
     for (auto _ : run) {
-        quorlen::Send_Wait_Rec(c, "v", 0.2, 200, answer, ok);
+        const double t0 = quorlen::Steady_Seconds();
+        quorlen::get_connect_info(c);
+        each.push_back(quorlen::Steady_Seconds() - t0);
+        ok = state.Connected;
         if (!ok) {
             run.SkipWithError("no complete banner");
             break;
         }
     }
     const double mean = (quorlen::Steady_Seconds() - start) / static_cast<double>(run.iterations());
+    // The median: on a machine that others share, the checks that another process held up
+    // should not decide the figure alone.
+    std::sort(each.begin(), each.end());
+    const double median = each.empty() ? 0 : each[each.size() / 2];
     line.Close();
     if (!ok) return;
 
     run.counters["ms_per_exchange"] = mean * 1000.0;
     char line_text[200];
     if (wire_baud > 0) {
-        const double wire = (1 + 200) * 10.0 / wire_baud;
+        const double wire = characters * 10.0 / wire_baud;
         run.counters["wire_ms"] = wire * 1000.0;
         run.counters["ratio_to_wire"] = mean / wire;
-        std::snprintf(line_text, sizeof line_text,
-                      "%d baud: %.3f ms per exchange, wire time %.3f ms, ratio %.3f (target <= 1.2)",
-                      wire_baud, mean * 1000.0, wire * 1000.0, mean / wire);
+        std::snprintf(
+            line_text, sizeof line_text,
+            "%d baud: %.3f ms per check (median %.3f), %.0f characters, wire time %.3f ms, ratio %.3f "
+            "(median %.3f; target <= 1.2)",
+            wire_baud, mean * 1000.0, median * 1000.0, characters, wire * 1000.0, mean / wire, median / wire);
     } else {
-        std::snprintf(line_text, sizeof line_text, "unpaced: %.3f ms per exchange", mean * 1000.0);
+        std::snprintf(line_text, sizeof line_text, "unpaced: %.3f ms per check", mean * 1000.0);
     }
     summary.emplace_back(line_text);
 }
@@ -86,7 +102,7 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     std::fflush(stdout);
-    std::printf("\n\"v\" exchanges of the session check, 200 each:\n");
+    std::printf("\nSession checks against the natural banner, 200 each:\n");
     for (const std::string& line : summary)
         std::printf("  %s\n", line.c_str());
     return 0;

@@ -58,17 +58,7 @@ struct Opener {
     quorlen::Form_Texts texts;
     quorlen::Link_Flags flags;
     quorlen::Debug_Log debug;
-    struct Quiet final : quorlen::User_Dialogs {
-        void Inform(const std::string&) override {}
-        quorlen::Answer Ask_Ok_Cancel(const std::string&) override { return quorlen::Answer::Ok; }
-        quorlen::Answer Ask_Yes_No(const std::string&) override { return quorlen::Answer::Yes; }
-        std::optional<quorlen::Picked_File> Pick_Open_File(const quorlen::File_Dialog_Setup&) override {
-            return {};
-        }
-        std::optional<quorlen::Picked_File> Pick_Save_File(const quorlen::File_Dialog_Setup&) override {
-            return {};
-        }
-    } dialogs;
+    quorlen::Silent_Dialogs dialogs;
     quorlen::Log_Context ctx{*state, image, program, texts, flags, debug, dialogs, nullptr, "", {}};
 
     explicit Opener(const std::string& app_path) {

@@ -2,7 +2,8 @@
 // (boxsim --wire-baud 115200), through the program's QSerialPort line with the port open
 // as after "Open port". The figure that matters is the ratio of the time a procedure takes to
 // the wire time of every character it exchanged, both ways, at 10 bits a character.
-// Targets: reads at most 1.15, byte-wise writes at most 1.5, the binary write at most 1.15.
+// Targets: reads at most 1.15, the byte-wise write of 1011 bytes at most 1.2 (of 64 bytes,
+// where the two verifies weigh more, 1.5), the binary write at most 1.15.
 // The byte-wise write waits for an echo some 2000 times, and every wait that another process
 // stretches counts; the best run shows what the program itself costs.
 
@@ -23,11 +24,12 @@ using namespace quorlen;
 
 constexpr int Baud = 115200;
 
-// The program's line, counting what crosses it.
+// The program's line, counting what crosses it and how long the program waits for answers.
 class Counting_Line final : public Serial_Line {
 public:
     explicit Counting_Line(Serial_Line& line) : line_(line) {}
     long characters = 0;
+    double waiting = 0; // seconds blocked for the box's characters
 
     void Set_Port(const std::string& path) override { line_.Set_Port(path); }
     std::string Port() const override { return line_.Port(); }
@@ -46,7 +48,12 @@ public:
         line_.Write(bytes);
         characters += static_cast<long>(bytes.size());
     }
-    bool Wait_For_Input(double seconds) override { return line_.Wait_For_Input(seconds); }
+    bool Wait_For_Input(double seconds) override {
+        const double t0 = Steady_Seconds();
+        const bool got = line_.Wait_For_Input(seconds);
+        waiting += Steady_Seconds() - t0;
+        return got;
+    }
 
 private:
     Serial_Line& line_;
@@ -97,12 +104,19 @@ void Settings_Job(benchmark::State& run, Job job, const char* title, double targ
     p.Take(Base_Image());
     Counting_Line counted(p.line);
     Link_Context link{p.program, p.texts, p.flags, p.state, p.log, counted, {false, false}, {}};
-    // The product's pause after opening a port and before the verify of a write.
-    link.hooks.Dummy_Wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(50)); };
+    // The product's pause after opening a port.
+    double paused = 0;
+    link.hooks.Dummy_Wait = [&paused] {
+        const double t0 = Steady_Seconds();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        paused += Steady_Seconds() - t0;
+    };
     Settings_Context s{link, p.image, p.rw, p.files, p.dialogs, {}};
     Open_Port_If_Closed(link);
 
     double elapsed = 0;
+    double waiting = 0;
+    double pauses = 0;
     long characters = 0;
     double best = 1e9; // the run least disturbed by whatever else the machine does
     int round = 0;
@@ -112,6 +126,8 @@ void Settings_Job(benchmark::State& run, Job job, const char* title, double targ
             Edit(p.image, job, round);
         ++round;
         counted.characters = 0;
+        counted.waiting = 0;
+        paused = 0;
         const double t0 = Steady_Seconds();
         switch (job) {
         case Job::Text_Read:
@@ -134,6 +150,8 @@ void Settings_Job(benchmark::State& run, Job job, const char* title, double targ
         }
         const double took = Steady_Seconds() - t0;
         elapsed += took;
+        waiting += counted.waiting;
+        pauses += paused;
         characters += counted.characters;
         best = std::min(best, took / (static_cast<double>(counted.characters) * 10.0 / Baud));
         if (!ok) {
@@ -152,6 +170,12 @@ void Settings_Job(benchmark::State& run, Job job, const char* title, double targ
         "%-28s %7.1f ms, %5ld characters, wire %7.1f ms, ratio %.3f, best run %.3f (target <= %.2f)", title,
         elapsed * 1000.0 / round, characters / round, wire * 1000.0 / round, elapsed / wire, best, target);
     summary.emplace_back(line);
+    // Where the time beyond the wire goes: waiting for the box's answers (the wire and the
+    // latency of both ends), pauses, and the program's own work between exchanges.
+    std::snprintf(
+        line, sizeof line, "%-28s   waiting for the box %.1f ms, pauses %.1f ms, the program %.1f ms", "",
+        waiting * 1000.0 / round, pauses * 1000.0 / round, (elapsed - waiting - pauses) * 1000.0 / round);
+    summary.emplace_back(line);
 }
 
 void Text_Read(benchmark::State& run) {
@@ -164,7 +188,7 @@ void Write_64(benchmark::State& run) {
     Settings_Job(run, Job::Write_64, "byte-wise write, 64 bytes", 1.5);
 }
 void Write_1011(benchmark::State& run) {
-    Settings_Job(run, Job::Write_1011, "byte-wise write, 1011 bytes", 1.5);
+    Settings_Job(run, Job::Write_1011, "byte-wise write, 1011 bytes", 1.2);
 }
 void Binary_Write_1011(benchmark::State& run) {
     Settings_Job(run, Job::Binary_Write_1011, "binary write, 1011 bytes", 1.15);

@@ -116,13 +116,13 @@ inline bool Load_Settings_File(const std::string& file, Settings_Image& image, F
     return true;
 }
 
-// The image and a comment as a settings file, replacing `file` whole or not at all.
-inline bool Save_Settings_File(const std::string& file, const Settings_Image& image,
-                               const std::string& comment, std::FILE* err) {
-    Image_Bytes bytes{};
-    std::copy_n(image.CardByte.begin(), bytes.size(), bytes.begin());
+// The image and a comment as a settings file by the program's own save rules, replacing
+// `file` whole or not at all.
+inline bool Save_Settings_File(const std::string& file, Settings_Image& image, const std::string& comment,
+                               std::FILE* err) {
+    Note_Dataset(image, err);
     try {
-        Replace_File_Atomically(file, Format_Qxs(bytes, comment));
+        quorlen::Save_Settings_File(image, comment, file);
     } catch (const Run_Error& e) {
         std::fprintf(err, "%s: %s\n", file.c_str(), e.what());
         return false;

@@ -2,9 +2,11 @@
 // Small pieces every command of quorlen-cli that talks to a box needs.
 
 #include "core/text.h"
+#include "image/settings_image.h"
 
 #include <QCoreApplication>
 
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,6 +45,14 @@ inline std::string Lines_Of(const std::string& text) {
     for (const std::string& line : Split_Lines(text))
         if (!line.empty()) lines += line + "\n";
     return lines;
+}
+
+// The save rules put the program's dataset into byte 255: settings of another dataset are
+// told so before they are saved, as the window would have asked.
+inline void Note_Dataset(const Settings_Image& image, std::FILE* err) {
+    if (image.CardByte[255] != image.DatasetID)
+        std::fprintf(err, "dataset ID %d is saved as %d, the program's dataset\n", image.CardByte[255],
+                     image.DatasetID);
 }
 
 } // namespace quorlen::cli

@@ -1,5 +1,7 @@
 #include "cli/cli_tables.h"
 
+#include "cli/cli_support.h"
+
 #include "core/app_path.h"
 #include "core/atomic_file.h"
 #include "files/settings_files.h"
@@ -87,10 +89,9 @@ void Cli_Tables::Take_Image() {
 }
 
 bool Cli_Tables::Save(const std::string& out) {
-    Image_Bytes bytes{};
-    std::copy_n(app.image.CardByte.begin(), bytes.size(), bytes.begin());
+    Note_Dataset(app.image, err_);
     try {
-        Replace_File_Atomically(out, Format_Qxs(bytes, Comment_To_Save()));
+        Save_Settings_File(app.image, Comment_To_Save(), out);
     } catch (const std::exception& e) {
         std::fprintf(err_, "%s: %s\n", out.c_str(), e.what());
         return false;

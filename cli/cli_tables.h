@@ -46,8 +46,9 @@ public:
     bool Ini_Ok();
     // After the image changed as a whole: the analogue inputs and the four table routines.
     void Take_Image();
-    // The image and the file's comment to `out`, through a temporary file; false, with the
-    // reason on stderr, when it can't be written.
+    // The image and the file's comment to `out` by the program's save rules (250 and 251 as
+    // 0, 255 as the dataset), through a temporary file; false, with the reason on stderr,
+    // when it can't be written.
     bool Save(const std::string& out);
     // The diagnostics so far (the log and the debug text) go to stderr; later ones are
     // dropped. Runs at the end of the object's life if not before.

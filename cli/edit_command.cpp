@@ -1,5 +1,6 @@
 #include "cli/edit_command.h"
 
+#include "cli/cli_support.h"
 #include "cli/cli_tables.h"
 
 #include "core/text.h"
@@ -38,6 +39,8 @@ std::optional<Edit_Args> Parse(const std::vector<std::string>& args) {
         } else if (arg == "--op" && i + 3 < args.size()) {
             a.ops.push_back({args[i + 1], args[i + 2], args[i + 3]});
             i += 3;
+        } else if (arg == "--undo" || arg == "--redo") {
+            a.ops.push_back({"", "", arg.substr(2)});
         } else if (a.file.empty() && arg.rfind("-", 0) != 0) {
             a.file = arg;
         } else {
@@ -201,6 +204,10 @@ void Run_Op(Tables_Context& ctx, Table_Id id, Grid_Selection sel, const std::str
         if (!main_map && op == o.name) o.handler(ctx, sel, hooks);
 }
 
+bool Is_Step(const Edit_Op& op) {
+    return op.table_name.empty();
+}
+
 int Usage_Error(std::FILE* err, const std::string& why) {
     if (!why.empty()) std::fprintf(err, "quorlen-cli edit: %s\n", why.c_str());
     std::fputs("usage:\n", err);
@@ -214,6 +221,7 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     auto a = Parse(args);
     if (!a) return Usage_Error(err, "");
     for (const Edit_Op& op : a->ops) {
+        if (Is_Step(op)) continue;
         auto id = Table_By_Name(op.table_name);
         if (!id || *id == Table_Id::Pwm2_Fuel)
             return Usage_Error(err, "no table '" + op.table_name + "' to edit");
@@ -227,6 +235,10 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     // Every operation is checked before the first runs, so a mistyped one changes nothing.
     std::vector<Grid_Selection> selections;
     for (const Edit_Op& op : a->ops) {
+        if (Is_Step(op)) {
+            selections.emplace_back();
+            continue;
+        }
         Table_Id id = *Table_By_Name(op.table_name);
         bool main_map = id == Table_Id::Fuel_3D || id == Table_Id::Ignition_3D;
         auto sel = Selection(op.selection, main_map, Grid_Size(ctx, id));
@@ -238,12 +250,21 @@ int Edit_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE
     for (std::size_t k = 0; k < a->ops.size(); ++k) {
         const Edit_Op& op = a->ops[k];
         auto before = image.CardByte;
-        Run_Op(ctx, *Table_By_Name(op.table_name), selections[k], op.operation, out);
+        const auto update_all = [&] { Update_All(ctx); };
+        if (op.operation == "undo")
+            edit_undo_Click(loaded.app.undo, image, update_all);
+        else if (op.operation == "redo")
+            edit_redo_Click(loaded.app.undo, image, update_all);
+        else
+            Run_Op(ctx, *Table_By_Name(op.table_name), selections[k], op.operation, out);
         int changed = 0;
         for (int i = 0; i < Image_Size; ++i)
             if (image.CardByte[static_cast<std::size_t>(i)] != before[static_cast<std::size_t>(i)]) ++changed;
-        std::fprintf(out, "%s %s %s: %d bytes changed\n", op.table_name.c_str(), op.selection.c_str(),
-                     op.operation.c_str(), changed);
+        if (Is_Step(op))
+            std::fprintf(out, "%s: %d bytes changed\n", op.operation.c_str(), changed);
+        else
+            std::fprintf(out, "%s %s %s: %d bytes changed\n", op.table_name.c_str(), op.selection.c_str(),
+                         op.operation.c_str(), changed);
     }
     loaded.Flush_Diagnostics();
 

@@ -8,7 +8,7 @@ namespace quorlen::cli {
 
 // A macro, so that the command list of quorlen-cli can join it to its own text.
 #define QUORLEN_CLI_EDIT_USAGE                                                                               \
-    "  edit FILE -o OUT [--ini INI] --op TABLE SEL OP [--op TABLE SEL OP ...]\n"                             \
+    "  edit FILE -o OUT [--ini INI] --op TABLE SEL OP [--op TABLE SEL OP | --undo | --redo ...]\n"           \
     "                     edit the maps of a settings file as the buttons and keys beside the\n"             \
     "                     grids do, in the order given, and save the result to OUT (which may\n"             \
     "                     be FILE). TABLE is fuel, ignition, ign-comp1, fuel2-map, fuel2-rpm,\n"             \
@@ -24,6 +24,9 @@ namespace quorlen::cli {
     "                       set=V                       the value V, cut to the table's limits\n"            \
     "                       type=TEXT                   the keys of TEXT typed into the selection:\n"        \
     "                                                   digits, ',' '.' '-', P O A Z, '<' for Back\n"        \
+    "                     --undo and --redo step back and forth as Edit, Undo and Redo do.\n"                \
+    "                     OUT is saved as File, Save saves: 250 and 251 as 0, 255 as the\n"                  \
+    "                     program's dataset (200).\n"                                                        \
     "                     Each OP prints how many bytes it changed; exit 0 when OUT is written,\n"           \
     "                     1 when FILE is not a settings file or OUT can't be written.\n"
 

@@ -4,12 +4,14 @@
 
 #include "app/tune_tools.h"
 #include "cli/cli_tables.h"
+#include "cli/log_session.h"
 #include "core/atomic_file.h"
 #include "core/text.h"
 #include "link/qt/qt_port_platform.h"
 #include "link/qt/qt_serial_line.h"
 #include "link/read_verify.h"
 #include "logging/log_capture.h"
+#include "logging/log_chart.h"
 #include "logging/log_file.h"
 #include "logging/log_settings.h"
 #include "logging/log_signals.h"
@@ -32,31 +34,6 @@ namespace {
 void Sleep(double seconds) {
     if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
 }
-
-// A log as the window holds one, without the window.
-struct Log_Session {
-    explicit Log_Session(std::FILE* err) : dialogs(err) {
-        program.App_Path = Cli_App_Path();
-        hooks.Dummy_Wait = [] { Sleep(0.05); };
-    }
-    Log_Context Ctx() { return {*log, image, program, texts, flags, debug, dialogs, &line, port, hooks}; }
-    // The program's defaults and the default log settings beside it.
-    void Load_Defaults() {
-        auto c = Ctx();
-        Load_Log_Defaults(c);
-    }
-
-    std::unique_ptr<Log_State> log = std::make_unique<Log_State>();
-    Settings_Image image;
-    Program_State program;
-    Form_Texts texts;
-    Link_Flags flags;
-    Debug_Log debug; // not opened: what matters is said on the tool's own output
-    Stderr_Dialogs dialogs;
-    Qt_Serial_Line line;
-    std::string port;
-    Log_Hooks hooks;
-};
 
 struct Log_Args {
     std::string port, output, file;
@@ -98,25 +75,6 @@ bool Parse(const std::vector<std::string>& args, Log_Args& a, std::FILE* err) {
         }
     }
     return true;
-}
-
-// The log as the window would open it; false, said on `err`, when it can't be read as one.
-bool Open_Log(Log_Session& s, const std::string& path, std::FILE* err) {
-    if (const auto why = Why_Not_A_File(path)) {
-        std::fprintf(err, "%s %s\n", path.c_str(), why->c_str());
-        return false;
-    }
-    s.Load_Defaults();
-    auto c = s.Ctx();
-    return Open_File(c, path);
-}
-
-std::string Csv_Field(const std::string& text) {
-    if (text.find_first_of(",\"") == std::string::npos) return text;
-    std::string quoted = "\"";
-    for (char ch : text)
-        quoted += ch == '"' ? std::string("\"\"") : std::string(1, ch);
-    return quoted + "\"";
 }
 
 } // namespace

@@ -125,7 +125,7 @@ int Set_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE*
 
     App_Context& app = loaded.app;
     app.texts.txt_File_Description = loaded.Comment_To_Save();
-    Settings_File_Context files{app.program, app.texts, app.files,      app.image,
+    Settings_File_Context files{app.program, app.texts, app.files,      app.image, app.undo,
                                 app.ini,     app.log,   loaded.dialogs, {}};
     try {
         Save_Settings_File(files, a->out);

@@ -95,7 +95,7 @@ int Summary_Command(const std::vector<std::string>& args, std::FILE* out, std::F
         const std::string section = Readable_Section_Of(log_text);
         if (!Readable_Settings_Body(section).empty()) text = section;
         if (layout != Summary_Tables_Layout::None) {
-            Settings_File_Context ctx{app.program, app.texts, app.files,      app.image,
+            Settings_File_Context ctx{app.program, app.texts, app.files,      app.image, app.undo,
                                       app.ini,     app.log,   loaded.dialogs, {}};
             if (!cmd_Export_Log_qxs_settings_Click(ctx, log_text)) return 1;
             loaded.Take_Image();

@@ -13,9 +13,12 @@
 #include "image/settings_image.h"
 #include "link/link_state.h"
 #include "link/rw_state.h"
+#include "logging/log_state.h"
 #include "sensors/sensor_defs.h"
 #include "tables/map_tables.h"
 #include "tables/undo_list.h"
+
+#include <memory>
 
 namespace quorlen {
 
@@ -49,12 +52,16 @@ struct App_Context {
     int User_Preset = 0;
     Prefs_State prefs;
     Ini_File ini{"", ""};
+    // The log on show (and the one being recorded) with its settings: the log window binds to
+    // it, and every window that studies the log reads it here. Held apart: the two row arrays
+    // are large.
+    std::unique_ptr<Log_State> log_state = std::make_unique<Log_State>();
 
     // Points the configuration file at App_Path; the rewrite goes through "QXS.new" there.
     void Use_App_Path(const std::string& app_path);
 
     Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
-    Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs}; }
+    Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs, undo}; }
     Pages_Context Pages() { return {image, sensors, pages, engine, undo, ini, log}; }
 };
 

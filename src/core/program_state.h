@@ -61,6 +61,7 @@ struct Link_Flags {
     bool Connect_Info_Busy = false;
     bool Write_In_Progress = false;
     bool Logging_Active = false;
+    bool HS_Logging_Active = false; // the high-speed capture streams on the port
     bool Live_Write_Busy = false;
 };
 

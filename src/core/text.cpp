@@ -23,6 +23,10 @@ bool Equal_No_Case(std::string_view a, std::string_view b) {
     return true;
 }
 
+bool Ends_With_No_Case(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && Equal_No_Case(text.substr(text.size() - end.size()), end);
+}
+
 double Val(std::string_view text) {
     std::size_t i = 0;
     while (i < text.size() && Is_Blank(text[i]))
@@ -42,7 +46,13 @@ double Val(std::string_view text) {
         }
     }
     if (number.empty() || number == "-" || number == "+" || number == ".") return 0.0;
-    return std::strtod(number.c_str(), nullptr);
+    // The program's numbers always have the point; the locale the desktop runs in must not
+    // make "1.5" read as 1.
+    std::string_view digits = number;
+    if (digits.front() == '+') digits.remove_prefix(1);
+    double value = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return value;
 }
 
 std::optional<long> Whole_Within(double value, long lo, long hi) {

@@ -9,6 +9,8 @@
 namespace quorlen {
 
 bool Equal_No_Case(std::string_view a, std::string_view b);
+// "drive.QXL" ends with ".qxl".
+bool Ends_With_No_Case(std::string_view text, std::string_view end);
 
 // Leading number of a text, as a loose reader takes it: blanks skipped, an optional sign,
 // digits and one decimal point; anything else ends it. "" and "abc" give 0.

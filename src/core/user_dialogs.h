@@ -10,6 +10,9 @@ namespace quorlen {
 
 enum class Answer { Ok, Cancel, Yes, No };
 
+// The symbol a message box shows beside its text.
+enum class Icon { None, Stop, Question, Information };
+
 struct File_Dialog_Setup {
     std::string title;
     std::string initial_dir;
@@ -28,15 +31,21 @@ struct Picked_File {
 class User_Dialogs {
 public:
     virtual ~User_Dialogs() = default;
-    // A plain information box with an OK button.
+    // A plain message box with an OK button.
     virtual void Inform(const std::string& text) = 0;
+    // The same with a symbol: the stop sign for what went wrong, the information symbol for
+    // what the tuner should know. Where there are no symbols (a terminal) the text stands alone.
+    virtual void Show_Message(Icon icon, const std::string& text) {
+        (void)icon;
+        Inform(text);
+    }
     // The same with a title of its own ("Connected box info"); by default the program's.
     virtual void Inform_Titled(const std::string& title, const std::string& text) {
         (void)title;
         Inform(text);
     }
-    // A warning that must not be missed (a stop sign on screen); by default a plain box.
-    virtual void Warn(const std::string& text) { Inform(text); }
+    // A warning that must not be missed: the box with the stop sign.
+    void Warn(const std::string& text) { Show_Message(Icon::Stop, text); }
     // A question with OK and Cancel buttons.
     virtual Answer Ask_Ok_Cancel(const std::string& text) = 0;
     // A question with Yes and No buttons.
@@ -44,6 +53,18 @@ public:
     // nullopt when cancelled.
     virtual std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup& setup) = 0;
     virtual std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup& setup) = 0;
+};
+
+// Nobody at the screen: what is said goes nowhere, a question takes its first button, a file
+// dialog is cancelled. For work done again behind the person's back (a log calculated anew),
+// and for benchmarks.
+class Silent_Dialogs final : public User_Dialogs {
+public:
+    void Inform(const std::string&) override {}
+    Answer Ask_Ok_Cancel(const std::string&) override { return Answer::Ok; }
+    Answer Ask_Yes_No(const std::string&) override { return Answer::Yes; }
+    std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup&) override { return std::nullopt; }
+    std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
 };
 
 } // namespace quorlen

@@ -1,8 +1,46 @@
 #include "files/qxs_format.h"
 
+#include "image/scaling.h"
+
+#include <charconv>
+
 namespace quorlen {
 
 namespace {
+
+// A number as a byte: sign, digits, a decimal point and an exponent are all a number
+// ("0005", "5.0", "+5" and "5e0" are 5), rounded to the whole byte with a tie to the even
+// one. Refused only when it is no number or doesn't fit a byte.
+std::optional<std::uint8_t> Byte_Of(std::string_view item) {
+    std::size_t i = 0;
+    const auto digits = [&] {
+        const std::size_t from = i;
+        while (i < item.size() && item[i] >= '0' && item[i] <= '9')
+            ++i;
+        return i - from;
+    };
+    if (i < item.size() && (item[i] == '+' || item[i] == '-')) ++i;
+    std::size_t mantissa = digits();
+    if (i < item.size() && item[i] == '.') {
+        ++i;
+        mantissa += digits();
+    }
+    if (mantissa == 0) return std::nullopt;
+    if (i < item.size() && (item[i] == 'e' || item[i] == 'E')) {
+        ++i;
+        if (i < item.size() && (item[i] == '+' || item[i] == '-')) ++i;
+        if (digits() == 0) return std::nullopt;
+    }
+    if (i != item.size()) return std::nullopt;
+    // Read without the locale's decimal mark: the file's is always the point.
+    const std::string_view number = item.front() == '+' ? item.substr(1) : item;
+    double value = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (error != std::errc() || end != number.data() + number.size()) return std::nullopt;
+    value = Round_Even_Whole(value);
+    if (!(value >= 0 && value <= 255)) return std::nullopt;
+    return static_cast<std::uint8_t>(value);
+}
 
 class Reader {
 public:
@@ -20,16 +58,10 @@ public:
         while (!At_End() && Peek() != ',' && Peek() != ' ' && Peek() != '\r' && Peek() != '\n' &&
                Peek() != '\t')
             ++pos_;
-        std::string_view item = text_.substr(start, pos_ - start);
-        if (item.empty() || item.size() > 3) return std::nullopt;
-        int value = 0;
-        for (char c : item) {
-            if (c < '0' || c > '9') return std::nullopt;
-            value = value * 10 + (c - '0');
-        }
-        if (value > 255) return std::nullopt;
+        auto value = Byte_Of(text_.substr(start, pos_ - start));
+        if (!value) return std::nullopt;
         Skip_Delimiter();
-        return static_cast<std::uint8_t>(value);
+        return value;
     }
 
     // A comment item: blanks ahead passed over; a quoted item runs to the next quote; any

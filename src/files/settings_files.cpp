@@ -22,11 +22,15 @@ Image_Bytes Image_Of(const Settings_Image& image) {
 
 } // namespace
 
+void Save_Settings_File(Settings_Image& image, const std::string& comment, const std::string& path) {
+    image.CardByte[250] = 0;
+    image.CardByte[251] = 0;
+    image.CardByte[255] = static_cast<std::uint8_t>(image.DatasetID);
+    Replace_File_Atomically(path, Format_Qxs(Image_Of(image), comment));
+}
+
 void Save_Settings_File(Settings_File_Context& ctx, const std::string& path) {
-    ctx.image.CardByte[250] = 0;
-    ctx.image.CardByte[251] = 0;
-    ctx.image.CardByte[255] = static_cast<std::uint8_t>(ctx.image.DatasetID);
-    Replace_File_Atomically(path, Format_Qxs(Image_Of(ctx.image), ctx.texts.txt_File_Description));
+    Save_Settings_File(ctx.image, ctx.texts.txt_File_Description, path);
 }
 
 std::string Dataset_Question(int found, int selected, const std::string& what) {
@@ -101,13 +105,19 @@ void File_open_Click(Settings_File_Context& ctx) {
         return;
     }
     ctx.texts.txt_File_Description = content->comment;
+    save_to_undolist(ctx.undo, ctx.image);
+    const auto marks = ctx.image.ChangedByte;
     std::copy(content->bytes.begin(), content->bytes.end(), ctx.image.CardByte.begin());
 
     if (ctx.image.CardByte[255] != ctx.image.DatasetID) {
         Answer answer =
             ctx.dialogs.Ask_Ok_Cancel(Dataset_Question(ctx.image.CardByte[255], ctx.image.DatasetID));
         if (answer != Answer::Ok) {
-            Call(ctx.hooks.edit_undo_Click);
+            // The image goes back as it was, marks and all, and redo can't bring the
+            // refused file back.
+            edit_undo_Click(ctx.undo, ctx.image, {});
+            Drop_Redo(ctx.undo);
+            ctx.image.ChangedByte = marks;
             ctx.texts.Title = remembered_title;
         }
     }
@@ -161,6 +171,7 @@ void Restore_current_qxs(Settings_File_Context& ctx) {
     guard.Step([&] {
         auto bytes = Parse_Qxs_Numbers(Read_Whole_File(ctx.program.App_Path + Temp_Qxs_File_Name));
         if (!bytes) throw errors::Input_Past_End_Of_File();
+        save_to_undolist(ctx.undo, ctx.image);
         std::copy(bytes->begin(), bytes->end(), ctx.image.CardByte.begin());
     });
     guard.Step([&] { Call(ctx.hooks.Update_All); });

@@ -9,6 +9,7 @@
 #include "core/user_dialogs.h"
 #include "files/qxs_format.h"
 #include "image/settings_image.h"
+#include "tables/undo_list.h"
 
 #include <functional>
 #include <optional>
@@ -27,7 +28,6 @@ struct Settings_File_Hooks {
     std::function<void()> Update_All;
     std::function<void()> Update_Tabs;
     std::function<void()> AN_Combo_Click; // the sensor editor's first input, after a load
-    std::function<void()> edit_undo_Click;
     // A log file picked in the settings dialog: load it as a log, then take its settings.
     std::function<void(const std::string& full_name)> Open_Log_File;
 };
@@ -37,6 +37,7 @@ struct Settings_File_Context {
     Form_Texts& texts;
     File_State& files;
     Settings_Image& image;
+    Undo_List& undo;
     Ini_File& ini;
     Debug_Log& log;
     User_Dialogs& dialogs;
@@ -53,9 +54,11 @@ std::string Cut_Data_Dir(const std::string& full_name, const std::string& file_t
 // original ran in its own folder and looked there).
 std::string Resolve_In_App_Path(const std::string& app_path, const std::string& name);
 
-// The image and the comment into a settings file at `path`, by the rules of every save:
-// bytes 250 and 251 are written as 0 and byte 255 takes the selected dataset ID. Throws when
+// The one way an image is saved as a settings file: 250 and 251 become 0 and 255 the
+// selected DatasetID in the image itself, then the file replaces `path` whole. Throws when
 // the file cannot be written; the old file is then untouched.
+void Save_Settings_File(Settings_Image& image, const std::string& comment, const std::string& path);
+// The same with the context's image and comment box.
 void Save_Settings_File(Settings_File_Context& ctx, const std::string& path);
 
 void File_open_Click(Settings_File_Context& ctx);

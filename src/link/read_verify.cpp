@@ -3,6 +3,7 @@
 #include "core/proc_guard.h"
 #include "core/run_error.h"
 #include "core/text.h"
+#include "link/banner.h"
 #include "link/error_codes.h"
 #include "link/session.h"
 
@@ -18,6 +19,7 @@ constexpr int Text_Image_Length = 2056;
 constexpr int Binary_Frame_Length = 1029;
 constexpr int Mode_Byte = 1;
 constexpr std::uint8_t Slave_Mark = 8;
+constexpr const char* Slave_Incomplete_Text = "Slave answer incomplete, slave not compared ";
 
 using Box_Image = std::array<std::uint8_t, Image_Size>;
 
@@ -115,11 +117,13 @@ void Read_Steps(Settings_Context& s, bool binary) {
     s.Add_Both("Read started " + Now_Time_Text());
     Box_Image bytes{};
     if (!Read_Master(s, binary, bytes)) return;
+    s.rw.Master_Read = true;
     if (!binary && !Same_Dataset(c.state.Box_Dataset_ID, im.DatasetID) &&
         s.dialogs.Ask_Ok_Cancel(Box_Dataset_Question(c.state.Box_Dataset_ID, im.DatasetID)) != Answer::Ok) {
         s.Add_Both("Read aborted " + Now_Time_Text());
         return;
     }
+    s.Call(s.hooks.save_to_undolist);
     for (int i = 0; i < Image_Size; ++i) {
         im.CardByte[i] = im.TempByte[i] = bytes[i];
         im.ChangedByte[i] = 0;
@@ -132,6 +136,7 @@ void Read_Steps(Settings_Context& s, bool binary) {
     if (c.state.Slave_Present) {
         Box_Image slave{};
         complete = Read_Slave(s, slave);
+        if (!complete) s.Add_Debug(Slave_Incomplete_Text);
         if (complete) {
             // The slave's last byte is left as it was.
             std::copy_n(slave.begin(), Image_Size - 1, im.SlaveByte.begin());
@@ -156,11 +161,16 @@ void Compare_Steps(Settings_Context& s, bool binary) {
     Settings_Image& im = s.image;
     Rw_State& rw = s.rw;
     Box_Image bytes{};
-    if (!Read_Master(s, binary, bytes)) return;
+    // Flags of an earlier compare must not outlive a read that failed.
+    rw.Master_Mismatch = rw.Slave_Mismatch = rw.Master_Error_Set = rw.Slave_Error_Set = false;
+    if (!Read_Master(s, binary, bytes)) {
+        s.Add_Debug("No complete answer from the box ");
+        return;
+    }
+    rw.Master_Read = true;
     std::copy_n(bytes.begin(), Image_Size, im.TempByte.begin());
     std::fill(im.ChangedByte.begin(), im.ChangedByte.end(), 0);
 
-    rw.Master_Mismatch = rw.Slave_Mismatch = rw.Master_Error_Set = rw.Slave_Error_Set = false;
     Hide_Error_Codes(rw);
     const bool quiet = c.flags.Write_In_Progress;
     // Clearing the counters writes nothing else, so there are no settings to compare.
@@ -174,6 +184,7 @@ void Compare_Steps(Settings_Context& s, bool binary) {
     if (c.state.Slave_Present) {
         Box_Image slave{};
         complete = Read_Slave(s, slave);
+        if (!complete) s.Add_Debug(Slave_Incomplete_Text);
         if (complete) {
             std::copy_n(slave.begin(), Image_Size, im.SlaveByte.begin());
             if (settings) rw.Slave_Mismatch = Mark_Differences(s, im.SlaveByte, true, !quiet) > 0;
@@ -217,6 +228,7 @@ void Read_Flow(Settings_Context& s, bool binary) {
     Proc_Guard guard(c.log, "Read Settings");
     s.rw.Read_Failed = false;
     s.rw.Read_Complete = false;
+    s.rw.Master_Read = false;
     c.flags.Link_Busy = true;
     s.Command_Buttons(false);
     bool opened = false;
@@ -385,7 +397,7 @@ void Com_Read_Click(Settings_Context& s) {
         get_connect_info(c);
         std::string banner;
         bool whole = false;
-        Send_Wait_Rec(c, "v", 0.5, 2048, banner, whole);
+        Ask_Banner(c, 0.5, 2048, banner, whole);
         Box_Image bytes{};
         if (s.rw.Slave_Checked) {
             c.texts.rs232_text = "< verifying... >";
@@ -393,6 +405,7 @@ void Com_Read_Click(Settings_Context& s) {
         } else {
             c.texts.rs232_text = "< reading data from RZ... >";
             if (Read_Master(s, false, bytes)) {
+                s.Call(s.hooks.save_to_undolist);
                 for (int i = 0; i < Image_Size; ++i) {
                     s.image.CardByte[i] = s.image.TempByte[i] = bytes[i];
                     s.image.ChangedByte[i] = 0;

@@ -17,6 +17,8 @@ struct Rw_State {
     // The last read or compare got every answer it asked for. Without this a write could take
     // a compare that never happened for one that found nothing to do.
     bool Read_Complete = false;
+    // The master's image came whole in the last read or compare (its slave's may not have).
+    bool Master_Read = false;
     // The last write ended with "Write finished": proved by its verify, or nothing to do.
     bool Write_Succeeded = false;
     bool Slave_Checked = false; // Check_Slave_Data_Strategy heard a slave

@@ -13,6 +13,13 @@ namespace quorlen {
 // Why a port did not open; the command-line tool turns it into advice.
 enum class Open_Failure { None, Missing, Busy, No_Permission, Not_A_Serial_Port, Other };
 
+// Characters the line lost since it was opened: the UART's own overruns, and the driver's
+// buffer running full. Zero where the device does not count them (a pseudo-terminal).
+struct Line_Losses {
+    long overrun = 0;
+    long buffer_overrun = 0;
+};
+
 struct Open_Result {
     Open_Failure failure = Open_Failure::None;
     std::string text;  // the system's words, for the diagnostics log
@@ -45,6 +52,9 @@ public:
     // Blocks until input is waiting or `seconds` have passed, without serving the event
     // loop; true when input is waiting. Returns at once on a line that has gone away.
     virtual bool Wait_For_Input(double seconds) = 0;
+
+    // The loss counters of the device; a line that keeps none reports none.
+    virtual Line_Losses Losses() { return {}; }
 };
 
 // "115200,n,8,1": the port settings for a speed.

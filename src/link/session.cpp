@@ -31,16 +31,26 @@ void Ask_Box(Link_Context& c, Proc_Guard& guard) {
 
 } // namespace
 
+void Ask_Banner(Link_Context& c, double timeout, int expected, std::string& answer, bool& ok) {
+    const auto wanted = static_cast<std::size_t>(expected < 0 ? 0 : expected);
+    Send_Wait_Until(
+        c, "v", timeout,
+        [wanted](const std::string& so_far) { return so_far.size() >= wanted || Banner_Complete(so_far); },
+        answer, ok);
+}
+
 void get_connect_info(Link_Context& c) {
     Proc_Guard guard(c.log, "Get connect info");
     std::string answer;
     bool ok = false;
-    Send_Wait_Rec(c, "v", 0.2, 200, answer, ok);
+    // The count is an upper bound: a box's banner is usually shorter, and ends with its
+    // mode line.
+    Ask_Banner(c, 0.2, 200, answer, ok);
     if (Banner_Has_I2C_Timeout(answer)) {
         // The display bus of the box failed while it wrote; it usually recovers at once.
-        Send_Wait_Rec(c, "v", 0.1, 200, answer, ok);
+        Ask_Banner(c, 0.1, 200, answer, ok);
         if (Banner_Has_I2C_Timeout(answer)) {
-            Send_Wait_Rec(c, "v", 0.1, 200, answer, ok);
+            Ask_Banner(c, 0.1, 200, answer, ok);
             if (Banner_Has_I2C_Timeout(answer)) Append_Debug(c, "3 I2C time out in row");
         }
     }
@@ -77,9 +87,12 @@ void Check_connection_timer(Link_Context& c) {
         Call(c.hooks.Show_Right_Tabs_Adjust_Current_Frame);
         return;
     }
-    if (c.flags.Write_In_Progress || c.flags.Link_Busy || c.flags.Connect_Info_Busy) return;
+    // The high-speed capture owns the port while it streams; the poll waits until it ends.
+    if (c.flags.Write_In_Progress || c.flags.Link_Busy || c.flags.Connect_Info_Busy ||
+        c.flags.HS_Logging_Active)
+        return;
 
-    Proc_Guard guard(c.log, "Check connection timer ");
+    Proc_Guard guard(c.log, "Check connection timer \r\n");
     c.flags.Connection_Check_Busy = true;
     c.flags.Link_Busy = true;
     try {
@@ -88,7 +101,7 @@ void Check_connection_timer(Link_Context& c) {
         // A port that stays missing would write this every 1.5 s; once is enough.
         const std::string failure = e.what();
         if (failure != c.state.Last_Check_Failure)
-            c.log.Write_Line("Error in Check connection timer " + failure);
+            c.log.Write_Line("Error in Check connection timer \r\n" + failure);
         c.state.Last_Check_Failure = failure;
         c.program.Autostart_Pending = true;
         c.flags.Link_Busy = false;

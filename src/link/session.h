@@ -6,6 +6,10 @@
 
 namespace quorlen {
 
+// The "v" exchange: over when `expected` characters came, or the moment the banner is whole.
+// A box's banner is usually shorter than the count waited for.
+void Ask_Banner(Link_Context& c, double timeout, int expected, std::string& answer, bool& ok);
+
 // Asks for the banner and fills the fields of the link state, Box_Info_Text and Connected.
 void get_connect_info(Link_Context& c);
 

@@ -17,6 +17,8 @@ namespace quorlen {
 struct Settings_Hooks {
     std::function<void()> Update_All;
     std::function<void()> Update_Tabs;
+    // A snapshot for undo, before the box's settings replace the image on show.
+    std::function<void()> save_to_undolist;
     // Serves the event loop once, so the window stays alive between bytes.
     std::function<void()> Service_Events;
     // Characters (reads) or bytes (writes) done out of the total of the step under way.

@@ -41,6 +41,11 @@ public:
     bool Commit();
     // The port closed under the write, or the box stopped answering altogether.
     bool Line_Lost() const { return lost_; }
+    // Why, in a line of its own for the write log.
+    std::string Lost_Text() const {
+        return port_closed_ ? "Port closed during the write, write given up "
+                            : "No answer from the box, write given up ";
+    }
 
 private:
     std::string Exchange(std::string_view command, double timeout, int expected);
@@ -50,6 +55,7 @@ private:
     bool fast_;
     int silent_ = 0;
     bool lost_ = false;
+    bool port_closed_ = false;
 };
 
 std::string Byte_Writer::Exchange(std::string_view command, double timeout, int expected) {
@@ -58,7 +64,7 @@ std::string Byte_Writer::Exchange(std::string_view command, double timeout, int 
     bool ok = false;
     Send_Wait_Rec(s_.link, command, timeout, expected, answer, ok);
     if (!s_.link.line.Is_Open())
-        lost_ = true;
+        lost_ = port_closed_ = true;
     else if (!answer.empty())
         silent_ = 0;
     else if (++silent_ >= Silent_Exchanges)
@@ -131,7 +137,11 @@ bool Write_Loop(Settings_Context& s, Byte_Writer& writer, int first, int last) {
         // A refused commit restarts the write as a wrong character does, and counts as one.
         if (UE_Error && !Write_Error) ++Retry_Count;
         if (!Write_Error && !UE_Error) return true;
-        if (writer.Line_Lost() || Retry_Count >= Retry_Limit) return false;
+        if (writer.Line_Lost()) {
+            s.Add_Debug(writer.Lost_Text());
+            return false;
+        }
+        if (Retry_Count >= Retry_Limit) return false;
         s.Add_Debug("Write_W_Error. Restart write " + std::to_string(Retry_Count));
     }
 }
@@ -156,9 +166,14 @@ void Write_Settings_Click(Settings_Context& s) {
     s.Add_Both("Write started " + Now_Time_Text());
     c.flags.Write_In_Progress = true;
     s.Command_Buttons(false);
+    // One opening serves the whole write: the verifies and the dialogue share it, so the port
+    // is neither closed nor settled again between them. A port that won't open is the
+    // verify's to report.
+    bool opened = false;
     const auto give_up = [&] {
         c.flags.Write_In_Progress = false;
         rw.Write_Verify = false;
+        if (opened) c.line.Close();
         s.Command_Buttons(true);
     };
 
@@ -169,6 +184,10 @@ void Write_Settings_Click(Settings_Context& s) {
         s.Add_Both("Write aborted " + Now_Time_Text());
         give_up();
         return;
+    }
+    try {
+        opened = Open_Port_If_Closed(c);
+    } catch (const Run_Error&) {
     }
     guard.Step([&] { Verify_Settings_Click(s); });
     if (rw.Read_Failed) {
@@ -185,12 +204,13 @@ void Write_Settings_Click(Settings_Context& s) {
     }
 
     // What the verify found to send. Giving up puts these marks back, whatever a later verify
-    // of a half-written box made of them.
+    // of a half-written box made of them. Any difference it found means a write, even when
+    // the slave's answer came short: the master is compared, and the slave takes what the
+    // master commits.
     const auto marks = im.ChangedByte;
-    const bool compared = rw.Read_Complete;
+    const bool compared = rw.Master_Read;
     const bool needed = rw.Master_Mismatch || rw.Slave_Mismatch || rw.Master_Error_Set || rw.Slave_Error_Set;
     bool written = true;
-    bool opened = false;
     if (compared && needed) {
         const int first = im.Write_Errors_Only ? 1011 : 0;
         const int last = im.Write_Errors_Only ? 1023 : 1010;
@@ -198,7 +218,7 @@ void Write_Settings_Click(Settings_Context& s) {
         s.Service_Events();
         Byte_Writer writer(s, Normal_Timeouts, false);
         try {
-            opened = Open_Port_If_Closed(c);
+            opened = Open_Port_If_Closed(c) || opened;
             written = Write_Loop(s, writer, first, last);
         } catch (const Run_Error& e) {
             written = false;
@@ -206,14 +226,21 @@ void Write_Settings_Click(Settings_Context& s) {
         }
         c.flags.Write_In_Progress = false;
         rw.Write_Verify = true;
-        c.Dummy_Wait();
+        // The box's "ue*" says the commit is done: the verify follows at once, with the
+        // window served but no pause of its own.
+        s.Service_Events();
         guard.Step([&] { Verify_Settings_Click(s); });
     }
     c.flags.Write_In_Progress = false;
-    const bool errors_left = im.Write_Errors_Only && (rw.Master_Error_Set || rw.Slave_Error_Set);
+    // The master's part is proved by its own compare; a slave that answered short leaves the
+    // write finished for the master alone. Clearing the counters compares no settings: the
+    // write going through is the proof, and a box that counts again at once has still been
+    // cleared.
     const bool proved =
-        compared &&
-        (!needed || (rw.Read_Complete && !rw.Master_Mismatch && !rw.Slave_Mismatch && !errors_left));
+        im.Write_Errors_Only
+            ? compared
+            : compared && (!needed || (rw.Master_Read && !rw.Master_Mismatch)) && !rw.Slave_Mismatch;
+    const bool slave_unknown = c.state.Slave_Present && !rw.Read_Complete && !im.Write_Errors_Only;
     rw.Write_Verify = false;
 
     const std::string time = Now_Time_Text();
@@ -222,6 +249,11 @@ void Write_Settings_Click(Settings_Context& s) {
         s.Call(s.hooks.Show_Debug_txt);
         for (std::size_t i = 0; i < marks.size(); ++i)
             if (marks[i] > 254) im.ChangedByte[i] = Changed_Mark;
+    } else if (slave_unknown) {
+        c.texts.rs232_text = "Write finished, M";
+        s.Add_Debug("Write finished M " + time);
+        s.Add_Debug("Slave not verified: its answer was incomplete. Verify again ");
+        s.Call(s.hooks.Show_Debug_txt);
     } else {
         c.texts.rs232_text = Finished_Text(s);
         s.Add_Debug(Finished_Log(s) + time);

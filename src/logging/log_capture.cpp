@@ -6,6 +6,7 @@
 #include "image/scaling.h"
 #include "link/serial_line.h"
 #include "logging/log_calc.h"
+#include "logging/log_chart.h"
 #include "logging/log_file.h"
 #include "logging/log_settings.h"
 #include "logging/log_signals.h"
@@ -262,8 +263,8 @@ void Stop(Log_Context& ctx) {
     log.form.MSChart1_Visible = true;
 
     guard.Step([&] { QX_Log_Data_Read(ctx); });
-    log.First_Shown_Row = 1;
-    log.Last_Shown_Row = log.Last_Row;
+    // The whole log as the file has it, which may hold a row or two more than came live.
+    log.window = Zoom_All(Window_Limits{log.Last_Row, 0});
     guard.Step([&] {
         if (ctx.hooks.Update_Chart) ctx.hooks.Update_Chart();
     });
@@ -291,10 +292,14 @@ void Stop(Log_Context& ctx) {
 
 void Start_Logging(Log_Context& ctx) {
     // A log runs or it does not; the port may have gone with the cable meanwhile.
-    if (ctx.log.capture.Logging_Running)
+    if (ctx.log.capture.Logging_Running) {
         Stop(ctx);
-    else
+    } else if (ctx.flags.HS_Logging_Active) {
+        // The high-speed capture holds the port; the box streams its samples, not rows.
+        ctx.dialogs.Inform(HS_Port_Busy_Text);
+    } else {
         Start(ctx);
+    }
 }
 
 void Start_Logging_bin(Log_Context& ctx) {
@@ -377,7 +382,7 @@ void Timer1_Timer(Log_Context& ctx) {
     if (waiting > Overload_Count) {
         cap.Log_Stopped_By_Overload = true;
         Start_Logging(ctx);
-        ctx.dialogs.Inform(Overload_Text);
+        ctx.dialogs.Show_Message(Icon::Stop, Overload_Text);
         ctx.debug.Write_Line(Overload_Text);
         return;
     }
@@ -388,10 +393,10 @@ void Timer1_Timer(Log_Context& ctx) {
             QX_Log_Row_Data_Read(ctx);
     });
     Log_State& log = ctx.log;
-    log.Last_Shown_Row = cap.Log_Row_Count;
+    log.window.Zoom_Stop = cap.Log_Row_Count;
     const long shown =
         Whole_Within(20 * Text_Value(log.setup.txt_Show_Log_Sek), 0, Log_Row_Limit).value_or(0);
-    log.First_Shown_Row = std::max(1, cap.Log_Row_Count - static_cast<int>(shown));
+    log.window.Zoom_Start = std::max(1, cap.Log_Row_Count - static_cast<int>(shown));
     guard.Step([&] {
         if (log.setup.check_LogToFileOnly == 0 && ctx.hooks.Update_Chart) ctx.hooks.Update_Chart();
     });
@@ -515,7 +520,7 @@ void Fast_Read(Log_Context& ctx, bool last) {
 
         const std::size_t first_ps = chunk.find("PS");
         if (first_ps == std::string::npos) {
-            ctx.dialogs.Inform("No start of data in this chunk");
+            ctx.dialogs.Show_Message(Icon::Stop, "No start of data in this chunk");
             return;
         }
         std::size_t start = first_ps + 2;
@@ -523,7 +528,7 @@ void Fast_Read(Log_Context& ctx, bool last) {
         if (end == std::string::npos) {
             // The last frames of a stopped log are taken even when there is only one.
             if (!last) {
-                ctx.dialogs.Inform("No complete data in this chunk");
+                ctx.dialogs.Show_Message(Icon::Stop, "No complete data in this chunk");
                 return;
             }
             end = chunk.find("DS", start);
@@ -628,8 +633,8 @@ void cmd_Clear_Logg_Click(Log_Context& ctx) {
     log.capture.Log_Row_Count = 0;
     log.form.txt_File.clear();
     log.Last_Row = 0;
-    log.First_Shown_Row = 1;
-    log.Last_Shown_Row = 1;
+    log.window = Chart_Window{};
+    ++log.Data_Version;
 }
 
 void Enable_Buttons_after_log(Log_Context& ctx) {

@@ -20,7 +20,10 @@ inline constexpr const char* Overload_Text =
     "The computer can not handle this logging speed. Please lower the number of seconds to show or increase "
     "the update interval";
 
-// Starts a log when none runs, and stops the one that runs.
+inline constexpr const char* HS_Port_Busy_Text = "Com port used by high speed logging. Stop it and retry";
+
+// Starts a log when none runs, and stops the one that runs; refuses while a high-speed
+// capture holds the port.
 void Start_Logging(Log_Context& ctx);
 // "bL", "00" and the frame length 58 in two hex digits.
 void Start_Logging_bin(Log_Context& ctx);

@@ -44,6 +44,7 @@ bool cmd_Export_Log_qxs_settings_Click(Settings_File_Context& ctx, std::string_v
             ctx.dialogs.Ask_Ok_Cancel(Dataset_Question(ctx.image.TempByte[255], ctx.image.DatasetID)) !=
                 Answer::Ok)
             return;
+        save_to_undolist(ctx.undo, ctx.image);
         std::copy_n(ctx.image.TempByte.begin(), Image_Size, ctx.image.CardByte.begin());
         ctx.texts.Debug_txt += "Settings loaded from log file " + Now_Time_Text() + "\r\n";
         ctx.files.CurrentFileName = "New1.qxs";
@@ -55,9 +56,9 @@ bool cmd_Export_Log_qxs_settings_Click(Settings_File_Context& ctx, std::string_v
         taken = true;
     });
     if (guard.Failed())
-        ctx.dialogs.Inform(Read_Error_Text);
+        ctx.log.Write_Line(Read_Error_Text);
     else if (lines != Image_Size)
-        ctx.dialogs.Inform("This log file does not include any valid box settings");
+        ctx.dialogs.Show_Message(Icon::Information, "This log file does not include any valid box settings");
     return taken;
 }
 

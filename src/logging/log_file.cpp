@@ -5,8 +5,10 @@
 #include "core/run_error.h"
 #include "image/scaling.h"
 #include "logging/log_calc.h"
+#include "logging/log_chart.h"
 #include "logging/log_settings.h"
 #include "logging/log_signals.h"
+#include "logging/log_study.h"
 #include "logging/log_text.h"
 
 #include <algorithm>
@@ -133,8 +135,8 @@ bool QX_Info_Data_File_Test(Log_Context& ctx) {
         }
         log.form.txt_Log_Length = Log_Length_Text(static_cast<int>(rows));
         if (!log.Reading_Compare) {
-            log.First_Shown_Row = 1;
-            log.Last_Shown_Row = static_cast<int>(rows);
+            log.window.Zoom_Start = 1;
+            log.window.Zoom_Stop = static_cast<int>(rows);
         }
         ok = true;
     });
@@ -190,8 +192,9 @@ void QX_Log_Data_Read(Log_Context& ctx) {
         if (row_cr == std::string::npos) return;
         row_length = row_cr - dollar;
         if (row_length != header_length)
-            ctx.dialogs.Inform("Length of log header (" + std::to_string(header_length) +
-                               "), does not match log data (" + std::to_string(row_length) + ")");
+            ctx.dialogs.Show_Message(Icon::Information,
+                                     "Length of log header (" + std::to_string(header_length) +
+                                         "), does not match log data (" + std::to_string(row_length) + ")");
         log.Log_Row_Columns = static_cast<std::int16_t>(Count_Char(text, ' ', dollar, row_cr));
         has_rows = true;
     });
@@ -221,6 +224,7 @@ void QX_Log_Data_Read(Log_Context& ctx) {
         else
             log.Last_Row = accepted;
         Calculate_Extended_Signals(ctx, data, accepted);
+        ++log.Data_Version;
     });
     guard.Step([&] {
         if (log.Reading_Compare)
@@ -287,6 +291,15 @@ bool Open_File(Log_Context& ctx, const std::string& path, bool keep_dir) {
     guard.Step([&] { Read_Log_Sens_Def(log); });
     guard.Step([&] { Read_Log_Settings(ctx); });
     guard.Step([&] { QX_Log_Data_Read(ctx); });
+    guard.Step([&] {
+        // A log opened on its own ends a comparison; its saved window is held inside its rows.
+        if (log.Reading_Compare) return;
+        Close_Compare(log);
+        // A window of one row or none, as the default settings carry, shows the whole log.
+        Chart_Window& w = log.window;
+        if (w.Zoom_Stop <= w.Zoom_Start) w = Zoom_All(Limits_Of(log));
+        w = Settle(w, Limits_Of(log));
+    });
     log.Log_File_Text.clear();
     log.Log_File_Text.shrink_to_fit();
     guard.Step([&] {
@@ -327,6 +340,7 @@ void Save_File(Log_Context& ctx, const std::string& path, bool default_file) {
 void Log_File_Auto_Save(Log_Context& ctx) {
     Proc_Guard guard(ctx.debug, "Log file auto save");
     Log_State& log = ctx.log;
+    if (log.capture.Live_View) return;
     guard.Step([&] {
         std::string name = log.Log_File_Name;
         if (log.Part_Counter == 0)
@@ -375,8 +389,8 @@ std::string Fast_Save_Long_Log_File(Log_Context& ctx) {
         // The part's length is its line count less the tag, start and closing lines, whatever
         // else (a header, the box's messages) stands among the rows.
         log.Last_Row = std::clamp<int>(static_cast<int>(Count_Char(t, '\n')) - 3, 0, Log_Row_Limit);
-        log.First_Shown_Row = 1;
-        log.Last_Shown_Row = log.Last_Row;
+        log.window.Zoom_Start = 1;
+        log.window.Zoom_Stop = log.Last_Row;
         log.form.txt_Log_Length = Log_Length_Text(log.Last_Row);
         log.Unsaved = true;
         Log_File_Auto_Save(ctx);

@@ -5,6 +5,8 @@
 #include "logging/log_signals.h"
 #include "logging/log_text.h"
 
+#include <algorithm>
+
 namespace quorlen {
 
 namespace {
@@ -81,7 +83,7 @@ void Update_Log_Settings_Setup(Log_Context& ctx) {
             text += Log_Def_Line(log, i);
         text += Line("Log_Scale", {Commas_To_Points(s.Scale[0]), Commas_To_Points(s.Scale[1]),
                                    Commas_To_Points(s.Scale[2]), Commas_To_Points(s.Scale[3]), ""});
-        text += Line("Log_Zoom", {Row_Text(log.First_Shown_Row), Row_Text(log.Last_Shown_Row)});
+        text += Line("Log_Zoom", {Row_Text(log.window.Zoom_Start), Row_Text(log.window.Zoom_Stop)});
         std::string gearing = "Log_Gearing=";
         for (int g = 1; g <= 6; ++g)
             gearing += Commas_To_Points(s.txt_Gearing[static_cast<std::size_t>(g)]) + "\t";
@@ -135,8 +137,8 @@ void Update_Log_Settings_Form(Log_Context& ctx) {
         for (int k = 0; k < 4; ++k)
             set_log_file_setting(t, "Log_Scale", Commas_To_Points(s.Scale[static_cast<std::size_t>(k)]), 1,
                                  k + 1);
-        set_log_file_setting(t, "Log_Zoom", Row_Text(ctx.log.First_Shown_Row), 1, 1);
-        set_log_file_setting(t, "Log_Zoom", Row_Text(ctx.log.Last_Shown_Row), 1, 2);
+        set_log_file_setting(t, "Log_Zoom", Row_Text(ctx.log.window.Zoom_Start), 1, 1);
+        set_log_file_setting(t, "Log_Zoom", Row_Text(ctx.log.window.Zoom_Stop), 1, 2);
     });
 }
 
@@ -218,13 +220,13 @@ void Read_Log_Settings(Log_Context& ctx) {
     });
     guard.Step([&] {
         if (log.Reading_Compare) return;
-        // A row outside the log's array is no zoom: the whole log stays on show.
-        auto row = [](const std::string& text) -> std::optional<long> {
-            if (text.empty() || text == "Auto") return std::nullopt;
-            return Whole_Within(Val(text), 0, Log_Row_Limit);
+        const std::string first = get("Log_Zoom", 1), last = get("Log_Zoom", 2);
+        // The chart settles the window against the rows once they are read.
+        auto row = [](const std::string& text) {
+            return static_cast<int>(std::clamp(Val(text), 0.0, static_cast<double>(Log_Row_Limit)));
         };
-        if (const auto first = row(get("Log_Zoom", 1))) log.First_Shown_Row = static_cast<int>(*first);
-        if (const auto last = row(get("Log_Zoom", 2))) log.Last_Shown_Row = static_cast<int>(*last);
+        if (!first.empty() && first != "Auto") log.window.Zoom_Start = row(first);
+        if (!last.empty() && last != "Auto") log.window.Zoom_Stop = row(last);
     });
     guard.Step([&] {
         const std::string speed = get("Log_Speed_Unit", 1);

@@ -38,6 +38,11 @@ double Log_Array::operator()(int row, int column) const {
     return at < values_.size() ? values_[at] : Empty_Cell;
 }
 
+const double* Log_Array::Row(int row) const {
+    if (row < 0 || row > Log_Row_Limit) throw errors::Subscript_Out_Of_Range();
+    return values_.data() + static_cast<std::size_t>(row * Log_Data_Columns);
+}
+
 double Log_Array::Num(int row, int column) const {
     const double v = (*this)(row, column);
     return Empty(v) ? 0.0 : v;

@@ -36,6 +36,8 @@ public:
     double operator()(int row, int column) const;
     // The value as arithmetic takes it: an empty cell counts as 0.
     double Num(int row, int column) const;
+    // The 75 cells of a row, for loops that walk many rows.
+    const double* Row(int row) const;
     std::string& Name(int column);
     const std::string& Name(int column) const;
     void Clear();
@@ -127,9 +129,10 @@ struct Log_Form {
     bool txt_NoConnection_alert_Visible = false;
     bool MSChart1_Visible = true;
     bool label_NoGraph_Visible = false;
-    int Binary_log_opt = 0;     // 0 "Norm", 1 "Binary"
-    std::string txt_File;       // the rows as text, for the live view
-    std::string Engine_On_Text; // "Engine on for ..." on the settings window
+    int Binary_log_opt = 0;         // 0 "Norm", 1 "Binary"
+    std::string txt_File;           // the rows as text, for the live view
+    std::string txt_LineTextWindow; // the values at the clicked row, or the hint
+    std::string Engine_On_Text;     // "Engine on for ..." on the settings window
 };
 
 // The receive side of the port as the capture sees it: what arrived and is not yet taken,
@@ -154,6 +157,9 @@ struct Capture_State {
     bool Log_Receive_Busy = false;
     bool Log_Stopped_By_Overload = false;
     bool Binary = false;
+    // A live view: the stream is shown and kept in memory, but no log file is saved, neither
+    // at the stop nor when a long log runs over into a new part.
+    bool Live_View = false;
 
     // The timers of the log window: the window runs them, tests tick them by hand.
     bool Timer1_Enabled = false;
@@ -177,6 +183,13 @@ struct Signal_Plan {
     std::array<double, Log_Sensor_Cells> cells{};
 };
 
+// The rows on show, from 1: of the log, and of the compared file lined up beside them.
+struct Chart_Window {
+    int Zoom_Start = 1, Zoom_Stop = 1;
+    int Compare_Start = 1, Compare_Stop = 1;
+    bool operator==(const Chart_Window&) const = default;
+};
+
 struct Log_State {
     // The five sections, each with its tag lines.
     std::string Log_Settings_Text, Log_Sens_Def_Text, Readable_Settings_Text, Log_Data_Text, Log_Dataset_Text;
@@ -194,9 +207,12 @@ struct Log_State {
     Log_Array Compare_Data;
     std::int16_t Log_Row_Columns = 0;
     int Last_Row = 0;
-    int First_Shown_Row = 1, Last_Shown_Row = 1;
+    Chart_Window window;
     int Compare_Last_Row = 0;
     bool Compare_Mode = false;
+    std::string Compare_File_Name;
+    // Goes up whenever the numbers of either array change, so a chart knows what it may keep.
+    std::uint64_t Data_Version = 0;
     bool Reading_Compare = false; // the file being read is the second of compare mode
 
     bool Log_New_Format = true;

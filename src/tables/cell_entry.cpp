@@ -111,6 +111,7 @@ Key_Outcome Main_Map_KeyDown(Tables_Context& ctx, Table_Id id, Grid_Selection& s
             return;
         case Key::P:
         case Key::O:
+            save_to_undolist(ctx.undo, ctx.image);
             Rpm_Steps(ctx, block, r, keycode == Key::P);
             Run_Update_All(ctx, hooks);
             return;
@@ -124,6 +125,8 @@ Key_Outcome Main_Map_KeyDown(Tables_Context& ctx, Table_Id id, Grid_Selection& s
             break;
         }
         Edit_State& e = ctx.tables.edit;
+        // A number is one step for undo, however many keys it takes.
+        if (e.KeyNewNumber) save_to_undolist(ctx.undo, ctx.image);
         KeyEdit(keycode, e.KeyText, e.KeyNewNumber);
         std::uint8_t byte = Main_Map_Byte(id, e.KeyText);
         for (int row = r.r1; row <= r.r2; ++row)
@@ -147,6 +150,7 @@ bool Main_Map_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, in
         }
         auto rows = Split_Clipboard(clipboard);
         if (rows.empty()) return;
+        save_to_undolist(ctx.undo, ctx.image);
         if (r.r1 == r.r2 && r.c1 == r.c2) {
             std::size_t widest = 0;
             for (const auto& row : rows)
@@ -172,6 +176,21 @@ bool Main_Map_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, in
         Run_Update_All(ctx, hooks);
     });
     return true;
+}
+
+const char* One_D_KeyPress_Words(Table_Id id) {
+    switch (id) {
+    case Table_Id::Fuel2_Map:
+        return "Fuel Map grid";
+    case Table_Id::Fuel2_Rpm:
+        return "Fuel RPM grid";
+    case Table_Id::Afr:
+        return "Fuel Lambda Grid Keydown";
+    case Table_Id::Ign_Comp1:
+        return "Ig 2ndMAP Grid KeyPress";
+    default:
+        return "PWM MAP Grid KeyPress";
+    }
 }
 
 const char* One_D_KeyDown_Words(Table_Id id) {
@@ -219,12 +238,12 @@ std::string Number_As_Text(double value) {
     return text;
 }
 
-// The fine piece reaches down to 1 ms (its byte 0); a time between 0.53 ms and there takes
-// the smallest open time, byte 1, rather than shutting the injector. Typing "1" on the way
-// to "1,5" therefore passes through byte 0, as tuners know it.
+// Any time a tuner types above 0.53 ms opens the injector: up to the fine piece's first
+// step (1.06 ms, byte 1) it takes that smallest open time. Only 0, and times too short to
+// mean anything, shut it.
 std::uint8_t Fuel_ms_to_byte(double v) {
     if (v == 0) return 0;
-    if (v > 0.53 && v < 1) return 1;
+    if (v > 0.53 && v < 1.06) return 1;
     if (v < 2.5) return byte_chk(val_chk((v - 1) / 0.06));
     return byte_chk(val_chk(v / 0.1));
 }
@@ -442,7 +461,13 @@ Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Sele
         guard.Step([&] {
             if (!Get_Table_maxmin(ctx, id)) return;
             Edit_State& e = ctx.tables.edit;
-            if (!KeyEdit(keycode, e.KeyText, e.KeyNewNumber)) return;
+            const bool new_number = e.KeyNewNumber;
+            std::string text = e.KeyText;
+            bool next_new = e.KeyNewNumber;
+            if (!KeyEdit(keycode, text, next_new)) return;
+            if (new_number) save_to_undolist(ctx.undo, ctx.image);
+            e.KeyText = text;
+            e.KeyNewNumber = next_new;
             out.handled = true;
             e.set_table_text = e.KeyText;
             Set_MaxMin_Table_Text(ctx.tables);
@@ -456,6 +481,45 @@ Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Sele
     }
     if (out.handled) Run_Update_All(ctx, hooks);
     return out;
+}
+
+bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, int code,
+                         std::string& clipboard, const Edit_Hooks& hooks) {
+    if (code != Ctrl_C && code != Ctrl_V) return false;
+    auto table = One_D(id);
+    if (!table) return false;
+    if (code == Ctrl_C) {
+        clipboard = Grid_Selection_Text(ctx, id, sel);
+        return true;
+    }
+    bool changed = false;
+    {
+        Proc_Guard guard(ctx.log, One_D_KeyPress_Words(id));
+        guard.Step([&] {
+            auto rows = Split_Clipboard(clipboard);
+            if (rows.empty() || !Get_Table_maxmin(ctx, id)) return;
+            int first = std::clamp(std::min(sel.Row, sel.RowSel), 1, table->points);
+            int last = std::clamp(std::max(sel.Row, sel.RowSel), 1, table->points);
+            // A single point takes the whole column from there on, as far as the table reaches.
+            if (first == last) last = std::min(table->points, first + static_cast<int>(rows.size()) - 1);
+            save_to_undolist(ctx.undo, ctx.image);
+            Edit_State& e = ctx.tables.edit;
+            for (int i = first; i <= last; ++i) {
+                auto k = static_cast<std::size_t>(i - first);
+                // A point the clipboard does not reach keeps its value; of a row of cells the
+                // first is the value.
+                if (k >= rows.size() || rows[k].empty()) continue;
+                e.set_table_text = rows[k].front();
+                Set_MaxMin_Table_Text(ctx.tables);
+                auto byte = One_D_Byte(ctx, id, Text_To_Double(e.set_table_text), false);
+                if (byte) Put_Byte(ctx.image, One_D_Base(id) + i - 1, *byte);
+            }
+            sel = {first, 2, last, 2};
+            changed = true;
+        });
+    }
+    if (changed) Run_Update_All(ctx, hooks);
+    return true;
 }
 
 std::string Grid_Selection_Text(const Tables_Context& ctx, Table_Id id, const Grid_Selection& sel) {

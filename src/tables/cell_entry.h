@@ -48,8 +48,8 @@ double Text_To_Double(std::string_view text);
 std::string Number_As_Text(double value);
 
 // Milliseconds to a main-map fuel byte: the reverse of the two-piece coding. 0 is 0; above
-// 0.53 and below 1 it is 1; below 2.5 from the fine piece, (v - 1) / 0.06, which is 0 for
-// 0 < v <= 0.53 and for 1 ms itself; from 2.5 on, v / 0.1.
+// 0.53 and below 1.06 it is 1; below 2.5 from the fine piece, (v - 1) / 0.06, which is 0 for
+// 0 < v <= 0.53; from 2.5 on, v / 0.1.
 std::uint8_t Fuel_ms_to_byte(double v);
 // Degrees to an ignition byte: v / 0.2.
 std::uint8_t Ign_deg_to_byte(double v);
@@ -127,6 +127,13 @@ bool Ignition_3D_Grid_KeyPress(Tables_Context& ctx, Grid_Selection& sel, int cod
 // table's limits and becomes every selected point's byte.
 Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Selection& sel, int keycode,
                                const Edit_Hooks& hooks);
+
+// Ctrl+C and Ctrl+V of the one-dimensional family: the copy as any grid's; the paste takes
+// one number a line into the selected points (a single selected point takes the clipboard's
+// lines from there on), each brought into the table's limits as a typed number is. `sel`
+// comes back as the points that took a line. Returns true for the two codes.
+bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, int code,
+                         std::string& clipboard, const Edit_Hooks& hooks);
 
 // Copying from any grid: the texts of the selected cells, headers included when selected.
 std::string Grid_Selection_Text(const Tables_Context& ctx, Table_Id id, const Grid_Selection& sel);

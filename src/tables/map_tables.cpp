@@ -97,14 +97,12 @@ double Row_Volts(int i, int points) {
     return (i - 1) * 5.0 / (points - 1);
 }
 
+// CR LF, the title, " - " and the input's name as the tables' lists give it, and the unit
+// of the sensor on that input when it has one.
 std::string Caption(const Tables_Context& ctx, const char* title, int selection) {
-    std::string text = "\r\n" + std::string(title);
-    if (selection == Rpm_Selection) return text + Load_Input_Name(selection);
+    std::string text = "\r\n" + std::string(title) + " - " + Load_Input_Name(selection);
     int s = Sensor_For_Selection(ctx.image, ctx.sensors, selection);
-    text += Load_Input_Name(selection) + " - ";
-    if (s < 0) return text;
-    text += ctx.sensors.table.Name(s);
-    if (!ctx.sensors.table.Unit(s).empty()) text += " [" + ctx.sensors.table.Unit(s) + "]";
+    if (s >= 0 && !ctx.sensors.table.Unit(s).empty()) text += " [" + ctx.sensors.table.Unit(s) + "]";
     return text;
 }
 
@@ -496,6 +494,7 @@ void Write(Settings_Image& image, int address, int value) {
 void FUEL_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Hooks& hooks) {
     if (index < 0 || index >= static_cast<int>(Fuel_Size_Variants().size())) return;
     Proc_Guard guard(ctx.log, "FUEL 3D MAP Size Combo Click");
+    save_to_undolist(ctx.undo, ctx.image);
     guard.Step([&] {
         const Map_Size& size = Fuel_Size_Variants()[static_cast<std::size_t>(index)];
         Write(ctx.image, Size_Byte, (ctx.image.CardByte[Size_Byte] & ~7) | index);
@@ -508,6 +507,7 @@ void FUEL_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Ho
 void Ign_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Hooks& hooks) {
     if (index < 0 || index >= static_cast<int>(Ign_Size_Variants().size())) return;
     Proc_Guard guard(ctx.log, "Ign 3D MAP Size Combo Click");
+    save_to_undolist(ctx.undo, ctx.image);
     guard.Step([&] {
         const Map_Size& size = Ign_Size_Variants()[static_cast<std::size_t>(index)];
         Write(ctx.image, Size_Byte, (ctx.image.CardByte[Size_Byte] & 63) | (index << 6));
@@ -519,6 +519,7 @@ void Ign_3D_MAP_Size_Combo_Click(Tables_Context& ctx, int index, const Table_Hoo
 
 void FUEL_2nd_MAP_Function_Combo_Click(Tables_Context& ctx, int index, const Table_Hooks& hooks) {
     if (index < 0 || index > 7) return;
+    save_to_undolist(ctx.undo, ctx.image);
     Write(ctx.image, Size_Byte, (ctx.image.CardByte[Size_Byte] & ~56) | (index << 3));
     Run(hooks);
 }
@@ -540,10 +541,11 @@ Scroll_Shown Main_Scroll_Text(const Tables_Context& ctx, int index) {
 }
 
 Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value,
-                                const std::function<void()>& update) {
+                                const std::function<void()>& update, bool new_step) {
     auto a = At(index);
     std::uint8_t byte = byte_chk(value);
     if (ctx.image.CardByte[a] != byte) {
+        if (new_step) save_to_undolist(ctx.undo, ctx.image);
         ctx.image.ChangedByte[a] = Changed_Mark;
         ctx.image.CardByte[a] = byte;
         if (update) update();

@@ -10,6 +10,7 @@
 #include "sensors/sensor_defs.h"
 #include "tables/edit_state.h"
 #include "tables/table_catalogue.h"
+#include "tables/undo_list.h"
 
 #include <functional>
 #include <optional>
@@ -81,6 +82,8 @@ struct Tables_Context {
     Tables_State& tables;
     Debug_Log& log;
     User_Dialogs& dialogs;
+    // Every edit of a table takes its snapshot here first.
+    Undo_List& undo;
 };
 
 struct Table_Hooks {
@@ -164,8 +167,9 @@ struct Scroll_Shown {
 Scroll_Shown Main_Scroll_Text(const Tables_Context& ctx, int index);
 
 // The user moved the main form's slider `index` to `value`: a byte that differs is written
-// and marked changed, and `update` runs so the dependent texts follow.
+// and marked changed, and `update` runs so the dependent texts follow. A drag of the slider
+// is one step for undo: only its first change passes `new_step`.
 Scroll_Shown Main_scroll_Change(Tables_Context& ctx, int index, int value,
-                                const std::function<void()>& update);
+                                const std::function<void()>& update, bool new_step = true);
 
 } // namespace quorlen

@@ -28,10 +28,12 @@ void Call_Enable(const Edit_Hooks& hooks) {
     if (hooks.Handle_button_enable) hooks.Handle_button_enable();
 }
 
-// The common frame of every button: enable, the operation under its guard, redraw, enable.
+// The common frame of every button: enable, a snapshot for undo, the operation under its
+// guard, redraw, enable.
 template <class F>
 void Run_Handler(Tables_Context& ctx, const Edit_Hooks& hooks, const char* words, F&& operation) {
     Call_Enable(hooks);
+    save_to_undolist(ctx.undo, ctx.image);
     {
         Proc_Guard guard(ctx.log, words);
         guard.Step(std::forward<F>(operation));

@@ -48,7 +48,7 @@ bool Read_Axis_Steps(Settings_Image& image, Repair_Axis axis, int first_step, in
         }
         if (sums != nullptr) sums[i] = sum;
     }
-    if (AxisRepaired) dialogs.Inform(std::string(Axis_Repair_Message(axis)));
+    if (AxisRepaired) dialogs.Show_Message(Icon::Information, std::string(Axis_Repair_Message(axis)));
     return AxisRepaired;
 }
 

@@ -5,6 +5,7 @@
 #include "core/identity.h"
 #include "core/proc_guard.h"
 #include "core/window_size.h"
+#include "tables/cell_entry.h"
 #include "tables/undo_list.h"
 #include "ui/autoguide_dialog.h"
 #include "ui/card_panel.h"
@@ -14,6 +15,7 @@
 #include "ui/qx_3dmap.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
+#include "ui/qx_rpm.h"
 #include "ui/qx_settings.h"
 #include "ui/qx_verify_frm.h"
 #include "ui/rw_panel.h"
@@ -114,7 +116,12 @@ BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options
     Build_Window();
 }
 
-BoostProgMain::~BoostProgMain() = default;
+BoostProgMain::~BoostProgMain() {
+    // The child windows read the program's state to their last moment (a running log is ended
+    // on the way out): they go while it is still there, not after it with the widget tree.
+    for (auto& [name, form] : forms_)
+        delete form.data();
+}
 
 // --- window structure -------------------------------------------------------------------
 
@@ -137,8 +144,10 @@ void BoostProgMain::Build_Menus() {
 
     QMenu* edit = menuBar()->addMenu("&Edit");
     edit->setObjectName("Edit_menu");
-    action(edit, "edit_undo", "&Undo", &BoostProgMain::edit_undo_Click, QKeySequence::Undo);
-    action(edit, "edit_redo", "&Redo", &BoostProgMain::edit_redo_Click, QKeySequence::Redo);
+    edit_undo_ = action(edit, "edit_undo", "&Undo", &BoostProgMain::edit_undo_Click, QKeySequence::Undo);
+    edit_redo_ = action(edit, "edit_redo", "&Redo", &BoostProgMain::edit_redo_Click, QKeySequence::Redo);
+    // Also when the menu opens: an edit elsewhere may have changed what they can do.
+    connect(edit, &QMenu::aboutToShow, this, &BoostProgMain::Undo_Menu_Follows);
 
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
@@ -150,6 +159,10 @@ void BoostProgMain::Build_Menus() {
     action(view, "View_write_debug", "&Communication report", &BoostProgMain::View_write_debug_Click);
     action(view, "Debug_View", "&Debug view...", &BoostProgMain::Debug_View_Click);
     action(view, "Setting_Summary", "&Setting summary...", [this] { Setting_Summary_Click(false); });
+    action(view, "View_Log", "&Log window...", &BoostProgMain::View_Log_Click);
+    view->addSeparator();
+    action(view, "mnu_HS_Log", "&High speed logging...", &BoostProgMain::mnu_HS_Log_Click);
+    action(view, "mnu_CrankView", "&Crank wheel...", &BoostProgMain::mnu_CrankView_Click);
 
     // Connection state and engine state are shown as menu captions, as tuners know them.
     Online_mnu_ = menuBar()->addAction("Offline");
@@ -179,6 +192,10 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     mapchip->setObjectName("Mapchip_Communication");
     SSTab_Communication_->addTab(box, "RZ-box");
     SSTab_Communication_->addTab(mapchip, "Mapchip");
+    connect(SSTab_Communication_, &QTabWidget::tabBarClicked, this, [this](int index) {
+        if (QWidget* tab = SSTab_Communication_->widget(index))
+            app_.ini.Write_Ini("Default_Com_interface", tab->objectName().toStdString());
+    });
 
     auto* box_layout = new QGridLayout(box);
     auto button = [&](const char* name, const char* caption, int row, int col) {
@@ -195,7 +212,11 @@ QWidget* BoostProgMain::Build_Communication_Tab() {
     Com_Open_ = button("Com_Open", "Open port", 1, 0);
     Com_Close_ = button("Com_Close", "Close port", 1, 1);
     Stop_Logging_cmd_ = button("Stop_Logging_cmd", "START LOGGING", 1, 3);
-    box_layout->setColumnStretch(4, 1);
+    // How long the engine has run, as a binary log tells it.
+    Engine_On_label_ = new QLabel(box);
+    Engine_On_label_->setObjectName("Engine_On_label");
+    box_layout->addWidget(Engine_On_label_, 1, 4);
+    box_layout->setColumnStretch(5, 1);
     // The box commands stay disabled until the load has finished.
     Set_Command_Buttons_Enabled(false);
     Stop_Logging_cmd_->setEnabled(false);
@@ -368,6 +389,8 @@ void BoostProgMain::Form_Load() {
         app.files.OpenDefaultNow = true;
         File_open_Click();
         app.files.OpenDefaultNow = false;
+        // The tuner's work starts from the image the program came up with.
+        Clear_Undo_List(app.undo);
     });
     guard.Step([&] {
         app.program.Settings_File_Name = "New1.qxs";
@@ -443,8 +466,15 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
+    } else if (name == "QX_Log_HS") {
+        form = Make_HS_Log_Window();
+    } else if (name == "QX_CrankView") {
+        form = Make_Crank_View();
     } else if (name == "QX_Setting_Summary") {
         form = Make_Setting_Summary_Window();
+    } else if (name == "QX_RPM") {
+        form = new QX_RPM(
+            app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
     } else if (name == "Autoguide_startup_Dialog") {
@@ -470,6 +500,9 @@ void BoostProgMain::Unload(const std::string& name) {
         return;
     }
     if (!Form_Exists(name)) return;
+    // Both shutdown routes unload the log window before the main form: its size is kept
+    // while it still has one.
+    if (name == "QX_Log") Save_Log_Window_Size();
     QPointer<QWidget> form = forms_[name];
     form->close();
     delete form.data();
@@ -493,7 +526,6 @@ void BoostProgMain::Form_Unload() {
     if (unloaded_) return;
     unloaded_ = true;
     Save_Display_Window_Size();
-    Save_Log_Window_Size();
     app_.program.Closing = true;
     Label_Notification_->setText("Remove Mapchip from reader to close the program");
     Label_Notification_->setVisible(true);
@@ -576,9 +608,8 @@ Settings_File_Context BoostProgMain::File_Context() {
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
     hooks.AN_Combo_Click = [this] { Analog_Follows_Image(); };
-    hooks.edit_undo_Click = [this] { edit_undo_Click(); };
     hooks.Open_Log_File = [this](const std::string& name) { Open_Log_File(name); };
-    return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,
+    return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,      app_.undo,
                                  app_.ini,     app_.log,   *active_dialogs_, std::move(hooks)};
 }
 
@@ -603,12 +634,23 @@ void BoostProgMain::File_save_as_Click() {
     Show_Texts();
 }
 
+// After a step back or forth the next digit starts a new number, as after a move of the
+// cursor: it must not go on with a number the image no longer shows.
 void BoostProgMain::edit_undo_Click() {
     quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    Grid_RowColChange(app_.tables);
+    Undo_Menu_Follows();
 }
 
 void BoostProgMain::edit_redo_Click() {
     quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    Grid_RowColChange(app_.tables);
+    Undo_Menu_Follows();
+}
+
+void BoostProgMain::Undo_Menu_Follows() {
+    if (edit_undo_ != nullptr) edit_undo_->setEnabled(Can_Undo(app_.undo, app_.image));
+    if (edit_redo_ != nullptr) edit_redo_->setEnabled(Can_Redo(app_.undo, app_.image));
 }
 
 void BoostProgMain::View_write_debug_Click() {

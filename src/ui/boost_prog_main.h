@@ -56,6 +56,8 @@ public:
     void File_save_as_Click();
     void edit_undo_Click();
     void edit_redo_Click();
+    // Undo and Redo are greyed when they have nothing to do.
+    void Undo_Menu_Follows();
     void View_write_debug_Click();
     void Debug_View_Click();
     void Help_Quorlen_Click();
@@ -109,6 +111,12 @@ public:
     void Write_bin_command_cmd_Click();
     void Clear_Err_Counters_cmd_Click();
 
+    // The high-speed log window and the crank viewer (boost_prog_main_hslog.cpp).
+    void mnu_HS_Log_Click();
+    void mnu_CrankView_Click();
+    // The viewer follows the layout, setting 18 and the capture on show.
+    void Refresh_Crank_View();
+
     // The Mapchip tab: the card in the box and the card readers (boost_prog_main_cards.cpp).
     void Check_Card_Present_cmd_Click();
     void Read_Card_Inbox_cmd_Click();
@@ -130,6 +138,7 @@ public:
     double Logged_RPM();
     // The setting summary viewer on the image, or on the settings of the log window's log.
     void Setting_Summary_Click(bool log_settings = false);
+    void View_Log_Click();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -167,6 +176,8 @@ private:
     void Run_Settings(void (*procedure)(Settings_Context&));
     void Show_Rw_State();
     QWidget* Make_Log_Window();
+    QWidget* Make_HS_Log_Window();
+    QWidget* Make_Crank_View();
     QWidget* Make_Setting_Summary_Window();
     void Build_Log_Window();
     // The settings form if it has been made, else null.
@@ -205,6 +216,9 @@ private:
     QPushButton* Com_Open_ = nullptr;
     QPushButton* Com_Close_ = nullptr;
     QPushButton* Stop_Logging_cmd_ = nullptr;
+    QLabel* Engine_On_label_ = nullptr;
+    QAction* edit_undo_ = nullptr;
+    QAction* edit_redo_ = nullptr;
     QAction* Help_wwwlink_ = nullptr;
     QAction* Online_mnu_ = nullptr;
     QAction* Engine_OnOff_mnu_ = nullptr;

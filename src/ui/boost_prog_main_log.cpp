@@ -1,16 +1,21 @@
 // The main window's side of logging: the log window made at load, the START/STOP LOGGING
-// button, auto start, a log picked in the settings file dialog, and what a running log
-// changes on the main window. The logging itself is in logging/ and ui/qx_log.cpp.
+// button, auto start, a log picked in the settings file dialog, what a running log changes on
+// the main window, and the RPM graph beside the log window. The logging itself is in logging/ and
+// ui/qx_log.cpp.
 
 #include "app/tune_tools.h"
 #include "core/proc_guard.h"
 #include "link/qt/qt_port_platform.h"
 #include "logging/log_export.h"
 #include "ui/boost_prog_main.h"
+#include "ui/qt_dialogs.h"
 #include "ui/qx_log.h"
 #include "ui/qx_setting_summary.h"
+#include "ui/qx_rpm.h"
+#include "ui/qx_settings.h"
 
 #include <QAction>
+#include <QLabel>
 #include <QPushButton>
 
 namespace quorlen::ui {
@@ -43,7 +48,25 @@ QWidget* BoostProgMain::Make_Log_Window() {
         return Readable_Settings_Body(Readable_Settings_Text(Summary_Facts_Of(app_, Running_System_Name())));
     };
     hooks.Show_Setting_Summary = [this] { Setting_Summary_Click(true); };
+    hooks.Show_Engine_On = [this](const std::string& text) {
+        Engine_On_label_->setText(From_8bit(text));
+        if (QX_settings* settings = Settings_Form_If_Made()) settings->Show_Engine_On(text);
+    };
+    hooks.Show_RPM_Graph = [this] {
+        QWidget* graph = Form("QX_RPM");
+        graph->show();
+        graph->raise();
+    };
+    hooks.Chart_Changed = [this] {
+        if (Form_Exists("QX_RPM")) static_cast<QX_RPM*>(Form("QX_RPM"))->Update_Graph();
+    };
     return new QX_Log(app_, std::move(hooks), this);
+}
+
+void BoostProgMain::View_Log_Click() {
+    QWidget* log = Form("QX_Log");
+    log->show();
+    log->raise();
 }
 
 void BoostProgMain::Build_Log_Window() {
@@ -58,7 +81,7 @@ void BoostProgMain::Open_Log_File(const std::string& path) {
     auto* log = static_cast<QX_Log*>(Form("QX_Log"));
     if (!log->Open_File(path)) return;
     Settings_File_Context ctx = File_Context();
-    cmd_Export_Log_qxs_settings_Click(ctx, log->State().Log_Dataset_Text);
+    cmd_Export_Log_qxs_settings_Click(ctx, app_.log_state->Log_Dataset_Text);
 }
 
 void BoostProgMain::Stop_Logging_cmd_Click() {
@@ -74,8 +97,8 @@ void BoostProgMain::Log_Autostart(int index) {
     auto* log = static_cast<QX_Log*>(Form("QX_Log"));
     log->show();
     log->raise();
-    if (index >= 0 && index <= 1 && app_.prefs.Auto_Start_option[index] && !log->Logging())
-        log->cmd_Open_Com_Click();
+    // Option 0 logs to a file; option 1 is a live view that keeps no file.
+    if (index >= 0 && index <= 1 && app_.prefs.Auto_Start_option[index]) log->Start_Log(index == 1);
 }
 
 QWidget* BoostProgMain::Make_Setting_Summary_Window() {

@@ -92,6 +92,7 @@ Settings_Hooks BoostProgMain::Rw_Hooks() {
     Settings_Hooks hooks;
     hooks.Update_All = [this] { Update_All(); };
     hooks.Update_Tabs = [this] { Update_Tabs(); };
+    hooks.save_to_undolist = [this] { save_to_undolist(app_.undo, app_.image); };
     hooks.Service_Events = [this] {
         Show_Link_State();
         Show_Rw_State();

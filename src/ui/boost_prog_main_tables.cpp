@@ -33,9 +33,11 @@ void BoostProgMain::Update_All() {
     map_tabs_->Update_All();
     Engine_Config_Follow_Image(app_.engine, app_.image);
     Show_Fuel_Mode();
+    Undo_Menu_Follows();
     // A hidden settings form catches up when it is shown.
     if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
         settings->Update_Settings();
+    Refresh_Crank_View();
     UpdateBusy_ = false;
 }
 
@@ -62,6 +64,12 @@ void BoostProgMain::Init_Tabs() {
 }
 
 void BoostProgMain::Show_Right_Tabs() {
+    // The communication page the tuner used last: "Box_Communication" or
+    // "Mapchip_Communication", by the page's name.
+    const std::string page = app_.ini.Read_Ini("Default_Com_interface");
+    if (auto* tab = SSTab_Communication_->findChild<QWidget*>(QString::fromStdString(page));
+        !page.empty() && tab != nullptr && SSTab_Communication_->indexOf(tab) >= 0)
+        SSTab_Communication_->setCurrentWidget(tab);
     Tables_State& t = app_.tables;
     t.sstab_Main = sstab_Main_->currentIndex();
     t.SSTab_Ignition = SSTab_Ignition_->currentIndex();

@@ -99,6 +99,19 @@ Map_Tabs::Map_Tabs(App_Context& app, Map_Tabs_Hooks hooks, QTabWidget* ignition,
     }
     Build_Comp_Page(pwm_->widget(1), 92, "PwmMapChart(0)");
 
+    // The small block of extra fuel by PWM2's output stands with that output.
+    QWidget* pwm2 = pwm_->widget(2);
+    auto* extra = new QHBoxLayout;
+    auto* extra_title = new QLabel("PWM2 extra fuel", pwm2);
+    extra_title->setObjectName("PWM2_FuelCorr_label");
+    extra->addWidget(extra_title, 0, Qt::AlignTop);
+    QTableView* extra_grid = Add_Grid(pwm2, "PWM2_FuelCorr_grid", Table_Id::Pwm2_Fuel);
+    extra_grid->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+    extra_grid->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    extra->addWidget(extra_grid, 0, Qt::AlignTop);
+    extra->addStretch(1);
+    static_cast<QBoxLayout*>(pwm2->layout())->addLayout(extra);
+
     Build_Edit_Panels();
 
     for (QTabWidget* tabs : {ignition_, fuel_, pwm_})
@@ -290,6 +303,7 @@ void Map_Tabs::Build_Comp_Page(QWidget* page, int first_index, const QString& ch
         grid->addWidget(s.unit, i, 3);
         connect(s.scroll, &QScrollBar::valueChanged, this,
                 [this, index](int value) { scroll_Change(index, value); });
+        connect(s.scroll, &QScrollBar::sliderPressed, this, [this] { drag_step_due_ = true; });
         sliders_[index] = s;
     }
     grid->setColumnStretch(1, 1);
@@ -489,8 +503,11 @@ void Map_Tabs::Update_All() {
 
 void Map_Tabs::scroll_Change(int index, int value) {
     Tables_Context ctx = Context();
-    Scroll_Shown shown = Main_scroll_Change(ctx, index, value, hooks_.Update_All);
     Slider& s = sliders_[index];
+    // A drag is one step for undo; a click or a key on the bar is a step each.
+    const bool new_step = !s.scroll->isSliderDown() || drag_step_due_;
+    drag_step_due_ = false;
+    Scroll_Shown shown = Main_scroll_Change(ctx, index, value, hooks_.Update_All, new_step);
     s.text->setText(QString::fromStdString(shown.text));
     s.unit->setText(QString::fromStdString(shown.unit));
 }

@@ -124,6 +124,7 @@ private:
     Chart* pwm_comp_chart_ = nullptr;
     Chart* ign_comp_chart_ = nullptr;
     std::map<int, Slider> sliders_;
+    bool drag_step_due_ = false; // a slider was pressed and has not moved yet
 
     QComboBox* FUEL_3D_MAP_Size_Combo_ = nullptr;
     QComboBox* Ign_3D_MAP_Size_Combo_ = nullptr;

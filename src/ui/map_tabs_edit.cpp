@@ -435,20 +435,22 @@ bool Map_Tabs::Grid_Key(Table_Id id, QKeyEvent* e) {
     const bool fuel = id == Table_Id::Fuel_3D;
     Grid_Selection sel = Selection_Of(id);
 
-    if (e->matches(QKeySequence::Copy)) {
-        std::string clip;
+    const bool copy = e->matches(QKeySequence::Copy);
+    if (copy || e->matches(QKeySequence::Paste)) {
+        const int code = copy ? Ctrl_C : Ctrl_V;
+        std::string clip = copy ? std::string() : QApplication::clipboard()->text().toStdString();
         if (main_map)
-            (fuel ? Fuel_3D_Grid_KeyPress : Ignition_3D_Grid_KeyPress)(ctx, sel, Ctrl_C, clip, hooks);
-        else
+            (fuel ? Fuel_3D_Grid_KeyPress : Ignition_3D_Grid_KeyPress)(ctx, sel, code, clip, hooks);
+        else if (One_D(id))
+            One_D_Grid_KeyPress(ctx, id, sel, code, clip, hooks);
+        else if (copy) // a grid that only shows its table
             clip = Grid_Selection_Text(ctx, id, sel);
-        QApplication::clipboard()->setText(QString::fromStdString(clip));
-        return true;
-    }
-    if (e->matches(QKeySequence::Paste)) {
-        if (!main_map) return true;
-        std::string clip = QApplication::clipboard()->text().toStdString();
-        (fuel ? Fuel_3D_Grid_KeyPress : Ignition_3D_Grid_KeyPress)(ctx, sel, Ctrl_V, clip, hooks);
-        Set_Selection(id, sel);
+        if (copy) {
+            QApplication::clipboard()->setText(QString::fromStdString(clip));
+        } else {
+            Set_Selection(id, sel);
+            Show_Edit_Texts();
+        }
         return true;
     }
 

@@ -42,21 +42,39 @@ std::optional<Picked_File> Picked(const QString& name) {
     QFileInfo info(name);
     return Picked_File{name.toStdString(), info.fileName().toStdString()};
 }
+
+QMessageBox::Icon Qt_Icon(Icon icon) {
+    switch (icon) {
+    case Icon::Stop:
+        return QMessageBox::Critical;
+    case Icon::Question:
+        return QMessageBox::Question;
+    case Icon::Information:
+        return QMessageBox::Information;
+    case Icon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+void Show_Box(QWidget* parent, Icon icon, const QString& title, const QString& text) {
+    QMessageBox box(Qt_Icon(icon), title, text, QMessageBox::Ok, parent);
+    box.exec();
+}
 } // namespace
 
 void Qt_User_Dialogs::Inform(const std::string& text) {
+    Show_Message(Icon::None, text);
+}
+
+void Qt_User_Dialogs::Show_Message(Icon icon, const std::string& text) {
     if (unattended_) return Report("inform", text);
-    QMessageBox::information(parent_, title_, From_8bit(text), QMessageBox::Ok);
+    Show_Box(parent_, icon, title_, From_8bit(text));
 }
 
 void Qt_User_Dialogs::Inform_Titled(const std::string& title, const std::string& text) {
     if (unattended_) return Report("inform", text);
-    QMessageBox::information(parent_, From_8bit(title), From_8bit(text), QMessageBox::Ok);
-}
-
-void Qt_User_Dialogs::Warn(const std::string& text) {
-    if (unattended_) return Report("warn", text);
-    QMessageBox::critical(parent_, title_, From_8bit(text), QMessageBox::Ok);
+    Show_Box(parent_, Icon::None, From_8bit(title), From_8bit(text));
 }
 
 Answer Qt_User_Dialogs::Ask_Ok_Cancel(const std::string& text) {

@@ -20,8 +20,8 @@ public:
     bool Unattended() const { return unattended_; }
 
     void Inform(const std::string& text) override;
+    void Show_Message(Icon icon, const std::string& text) override;
     void Inform_Titled(const std::string& title, const std::string& text) override;
-    void Warn(const std::string& text) override;
     Answer Ask_Ok_Cancel(const std::string& text) override;
     Answer Ask_Yes_No(const std::string& text) override;
     std::optional<Picked_File> Pick_Open_File(const File_Dialog_Setup& setup) override;

@@ -54,6 +54,8 @@ public:
     ~QX_settings() override;
 
     QTabWidget* Tabs() const { return QX_Settings_SSTab_; }
+    // "Engine on for ... sec", as a binary log tells it.
+    void Show_Engine_On(const std::string& text);
     // Shows the form on tab `index`.
     void Show_Tab(int index);
 
@@ -159,6 +161,7 @@ private:
     std::array<QLabel*, 4> row_headers_{};
     std::array<QLabel*, 2> Description_label_{};
     QLabel* Dig2_AutoTune_lable_ = nullptr;
+    QLabel* Engine_On_label_ = nullptr;
     QLabel* Fuel_teeth_recomend_ = nullptr;
     QLabel* Forbidden_tooth_label_ = nullptr;
     QLabel* Analog_Input_Sensors_ = nullptr;

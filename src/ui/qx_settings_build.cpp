@@ -79,6 +79,10 @@ public:
 
 } // namespace
 
+void QX_settings::Show_Engine_On(const std::string& text) {
+    Engine_On_label_->setText(QString::fromLatin1(text.c_str()));
+}
+
 void QX_settings::Build() {
     setWindowTitle("Settings");
     auto* layout = new QVBoxLayout(this);
@@ -91,6 +95,9 @@ void QX_settings::Build() {
     Find_Setting_txt_->setMaximumWidth(360);
     top->addWidget(Find_Setting_txt_);
     top->addStretch(1);
+    Engine_On_label_ = new QLabel(QString::fromLatin1(app_.log_state->form.Engine_On_Text.c_str()), this);
+    Engine_On_label_->setObjectName("Engine_On_label");
+    top->addWidget(Engine_On_label_);
     layout->addLayout(top);
 
     QX_Settings_SSTab_ = new QTabWidget(this);

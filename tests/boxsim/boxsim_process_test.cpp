@@ -151,7 +151,7 @@ TEST_F(BoxsimProcess, ServesReopensAndWritesCommittedMemoryOnStop) {
     const auto trace = dir_ / "trace.txt";
     const auto out = dir_ / "out.qxs";
     Boxsim_Process box({"--link", link_, "--image", (dir_ / "in.qxs").string(), "--image-out", out.string(),
-                        "--trace", trace.string()});
+                        "--trace", trace.string(), "--banner-pad", "200"});
     ASSERT_EQ(box.First_Line(), "ready " + link_ + "\n");
 
     // The program closes its port between operations; the box must not notice.
@@ -217,7 +217,7 @@ TEST_F(BoxsimProcess, HangupFaultClosesTheLineAndEnds) {
 }
 
 TEST_F(BoxsimProcess, WireBaudPacesTheAnswer) {
-    Boxsim_Process box({"--link", link_, "--wire-baud", "9600"});
+    Boxsim_Process box({"--link", link_, "--wire-baud", "9600", "--banner-pad", "200"});
     ASSERT_EQ(box.First_Line(), "ready " + link_ + "\n");
     const int fd = Open_Port(link_);
     ASSERT_GE(fd, 0);

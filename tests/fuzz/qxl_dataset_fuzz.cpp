@@ -7,6 +7,7 @@
 #include "logging/log_signals.h"
 
 #include <cstdlib>
+#include <memory>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace quorlen;
@@ -15,10 +16,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Form_Texts texts;
     File_State files;
     Settings_Image image;
+    const auto undo = std::make_unique<Undo_List>();
     Ini_File ini("", "");
     Debug_Log debug;
     test::Scripted_Dialogs dialogs;
-    Settings_File_Context ctx{program, texts, files, image, ini, debug, dialogs, {}};
+    Settings_File_Context ctx{program, texts, files, image, *undo, ini, debug, dialogs, {}};
     const Settings_Image before = image;
     if (!cmd_Export_Log_qxs_settings_Click(ctx, text) && image.CardByte != before.CardByte) std::abort();
 

@@ -114,8 +114,8 @@ TEST_F(Session, SilentBoxIsNoResponse) {
     EXPECT_EQ(state.Last_Exchange_Failure, "Answer timeout");
 }
 
-TEST_F(Session, ExchangeEndsWithTheCountOnARealLine) {
-    ASSERT_TRUE(Start({"--wire-baud", "115200"}));
+TEST_F(Session, ExchangeEndsWithTheCountOrTheWholeBannerOnARealLine) {
+    ASSERT_TRUE(Start({"--wire-baud", "115200", "--banner-pad", "200"}));
     auto c = Context();
     Open_Port_If_Closed(c);
     std::string answer;
@@ -127,10 +127,25 @@ TEST_F(Session, ExchangeEndsWithTheCountOnARealLine) {
     EXPECT_EQ(answer.back(), '\n');
     Send_Wait_Rec(c, "g", 30.0, 3, answer, ok);
     EXPECT_EQ(answer, "g\r\n");
+
+    // A banner shorter than the count ends the exchange with its mode line.
+    ASSERT_TRUE(Start({"--wire-baud", "115200"}));
+    line.Close();
+    Open_Port_If_Closed(c);
+    const double t0 = Steady_Seconds();
+    Ask_Banner(c, 30.0, 200, answer, ok);
+    EXPECT_LT(Steady_Seconds() - t0, 1.0);
+    EXPECT_TRUE(ok);
+    EXPECT_LT(answer.size(), 200u);
+    EXPECT_EQ(answer.substr(answer.size() - 13), "Master mode\r\n");
+    // The session check asks no longer than that.
+    get_connect_info(c);
+    EXPECT_TRUE(state.Connected);
+    EXPECT_LT(state.Last_Exchange_Seconds, 0.1);
 }
 
 TEST_F(Session, HangUpClosesTheLineAndThePollKeepsTrying) {
-    ASSERT_TRUE(Start({"--fault", "hangup@250"}));
+    ASSERT_TRUE(Start({"--fault", "hangup@150"})); // within the second banner
     Ask();
     EXPECT_TRUE(state.Connected);
     auto c = Context();
@@ -146,7 +161,7 @@ TEST_F(Session, HangUpClosesTheLineAndThePollKeepsTrying) {
     EXPECT_FALSE(flags.Link_Busy || flags.Connection_Check_Busy);
     EXPECT_TRUE(program.Autostart_Pending);
     const std::string text = Log();
-    EXPECT_NE(text.find("Error in Check connection timer " + box->Link() + " does not exist"),
+    EXPECT_NE(text.find("Error in Check connection timer \r\n" + box->Link() + " does not exist"),
               std::string::npos);
     EXPECT_EQ(text.find("Error in Check"), text.rfind("Error in Check"));
 }

@@ -95,7 +95,8 @@ TEST_P(LogRecording, TwentyRowsASecondNothingLostAndTheBoxImageInside) {
     Ini_File ini(dir.File("RZ400_800M3.ini"), dir.File("QXS.new"));
     Debug_Log debug;
     test::Scripted_Dialogs dialogs;
-    Settings_File_Context ctx{program, texts, files, taken, ini, debug, dialogs, {}};
+    Undo_List undo;
+    Settings_File_Context ctx{program, texts, files, taken, undo, ini, debug, dialogs, {}};
     ASSERT_TRUE(cmd_Export_Log_qxs_settings_Click(ctx, text));
     EXPECT_TRUE(std::equal(image.begin(), image.end(), taken.CardByte.begin()));
 

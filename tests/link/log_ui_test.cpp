@@ -1,6 +1,7 @@
 // The log window with the main window, offscreen: made at load, started and stopped from the
 // main window's button against the simulator, and a log picked in the settings file dialog.
 
+#include "core/ini_file.h"
 #include "logging/log_state.h"
 #include "support/boxsim_run.h"
 #include "support/main_window_run.h"
@@ -38,6 +39,45 @@ protected:
     test::Temp_Dir dir;
     test::Scripted_Dialogs dialogs;
 };
+
+TEST_F(LogWindow, LiveViewAtStartShowsTheStreamAndSavesNoFile) {
+    test::Boxsim_Run box(BOXSIM_EXECUTABLE, {});
+    ASSERT_TRUE(box.Ready());
+    test::Copy_Shipped_Data(
+        dir, {"RZ400_800M3.ini", "RZ400_800M3_Default_Settings.qxs", Default_Log_Settings_File_Name});
+    Ini_File(dir.File("RZ400_800M3.ini"), dir.File("QXS.new")).Write_Ini("Autostart_Live", "1");
+    auto window = test::Start_Main_Window(dir, dialogs, test::On_Port(box.Link()));
+    auto* log = static_cast<ui::QX_Log*>(window->Form("QX_Log"));
+    window->Check_connection_timer_Timer(); // the first check that answers starts it
+    EXPECT_TRUE(log->Logging());
+    EXPECT_TRUE(log->isVisible());
+    QTest::qWait(1500);
+    window->findChild<QPushButton*>("Stop_Logging_cmd")->click();
+    EXPECT_FALSE(log->Logging());
+    EXPECT_GE(log->State().Last_Row, 20);
+    for (const auto& entry : std::filesystem::directory_iterator(dir.Path()))
+        EXPECT_NE(entry.path().filename().string().rfind("QXLog-", 0), 0u) << entry.path();
+
+    // The button itself records to a file again.
+    window->findChild<QPushButton*>("Stop_Logging_cmd")->click();
+    QTest::qWait(1200);
+    window->findChild<QPushButton*>("Stop_Logging_cmd")->click();
+    EXPECT_TRUE(std::filesystem::exists(dir.File(log->State().Log_File_Name)));
+}
+
+TEST_F(LogWindow, ClosingTheProgramWhileALogRunsEndsTheLogAsAStopWould) {
+    test::Boxsim_Run box(BOXSIM_EXECUTABLE, {});
+    ASSERT_TRUE(box.Ready());
+    auto window = Start(box.Link());
+    window->findChild<QPushButton*>("Stop_Logging_cmd")->click();
+    QTest::qWait(1200);
+    window->close();
+    window.reset();
+    bool saved = false;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.Path()))
+        saved = saved || entry.path().filename().string().rfind("QXLog-_", 0) == 0;
+    EXPECT_TRUE(saved);
+}
 
 TEST_F(LogWindow, TheMainWindowsButtonRecordsALogAndSavesIt) {
     test::Boxsim_Run box(BOXSIM_EXECUTABLE, {});

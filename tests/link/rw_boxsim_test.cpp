@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace quorlen {
@@ -172,6 +173,48 @@ TEST_F(Settings_Link, SlaveKeepsItsMarkAndALostMarkIsWrittenBack) {
     EXPECT_EQ(p->image.SlaveByte[1] & 8, 8);
 }
 
+TEST_F(Settings_Link, ASlaveThatMissesAnAnswerDoesNotHoldBackTheMaster) {
+    // The character lost lies in the slave's image of the verify before the write.
+    Image_Bytes image = Plain_Image();
+    ASSERT_TRUE(Start(image, {"--slave", "--fault", "drop@2400"}));
+    image[40] = static_cast<std::uint8_t>(image[40] + 1);
+    p->Take(image);
+    p->Run(Write_Settings_Click);
+    EXPECT_NE(p->texts.Debug_txt.find("Slave answer incomplete, slave not compared "), std::string::npos)
+        << p->texts.Debug_txt;
+    const auto dialogue = Write_Dialogue();
+    EXPECT_NE(std::find(dialogue.begin(), dialogue.end(), "ue"), dialogue.end());
+    EXPECT_EQ(p->texts.rs232_text, "Write finished, M&S ");
+    EXPECT_TRUE(p->rw.Write_Succeeded);
+    EXPECT_EQ(Kept()[40], image[40]);
+}
+
+TEST_F(Settings_Link, AWriteThatLosesTheBoxSaysSoInALineOfItsOwn) {
+    Image_Bytes image = Plain_Image();
+    ASSERT_TRUE(Start(image, {"--fault", "silence@5"})); // "v", "rd", "b", "w", one digit
+    image[300] = static_cast<std::uint8_t>(image[300] + 1);
+    p->Take(image);
+    p->Run(Write_Settings_Click);
+    EXPECT_NE(p->texts.Debug_txt.find("\r\nNo answer from the box, write given up "), std::string::npos)
+        << p->texts.Debug_txt;
+    EXPECT_EQ(p->texts.rs232_text.rfind("Write aborted ", 0), 0u);
+    EXPECT_EQ(p->image.ChangedByte[300], Changed_Mark) << "the edit waits for the next write";
+}
+
+TEST_F(Settings_Link, ClearedCountersAreToldByTheWriteNotByTheVerifyAfterIt) {
+    // The character lost lies in the master's image of the verify after the write.
+    ASSERT_TRUE(Start(Plain_Image(), {"--errors", "1011=5", "--fault", "drop@3000"}));
+    p->Take(Plain_Image());
+    p->Run(Clear_Err_Counters_cmd_Click);
+    EXPECT_EQ(p->dialogs.informed, std::vector<std::string>{"All error codes are cleared"})
+        << p->texts.Debug_txt;
+    EXPECT_EQ(p->texts.rs232_text, "Write finished, M");
+    EXPECT_NE(p->texts.Debug_txt.find("UE1 OK \r\nWrite verify started"), std::string::npos)
+        << p->texts.Debug_txt;
+    EXPECT_NE(p->texts.Debug_txt.find("No complete answer from the box "), std::string::npos);
+    EXPECT_EQ(Kept()[1011], 0);
+}
+
 TEST_F(Settings_Link, FastCompareCountsAndTheSlaveCheckHearsTheSlave) {
     Image_Bytes image = Plain_Image();
     ASSERT_TRUE(Start(image, {"--slave"}));
@@ -305,6 +348,11 @@ TEST_F(Settings_Link, CommandLineReadVerifyWriteAndTheErrorCounters) {
     EXPECT_EQ(read.code, 0) << read.out;
     EXPECT_NE(read.out.find(texts), std::string::npos) << read.out;
     EXPECT_TRUE(test::Compared_Differences(test::Load_Image(file).value(), image).empty());
+    // Saved by the program's own rules: the reserved bytes as 0, the dataset as selected.
+    EXPECT_NE(image[250], 0);
+    EXPECT_EQ(test::Load_Image(file).value()[250], 0);
+    EXPECT_EQ(test::Load_Image(file).value()[251], 0);
+    EXPECT_EQ(test::Load_Image(file).value()[255], 200);
 
     auto verify = Cli({"verify", "--port", box->Link(), file, "--binary"});
     EXPECT_EQ(verify.code, 0) << verify.out;

@@ -87,7 +87,11 @@ TEST_F(Pcsc_Card, TodosPathWritesAndReadsTheWholeImage) {
     ASSERT_EQ(read.code, 0) << read.out << read.err;
     auto back = test::Load_Image(dir.File("out.qxs"));
     ASSERT_TRUE(back);
-    EXPECT_TRUE(std::equal(bytes.begin() + 1, bytes.end(), back->begin() + 1));
+    // Saved by the program's rules: 250 and 251 as 0, 255 as the program's dataset.
+    Image_Bytes saved = bytes;
+    saved[250] = saved[251] = 0;
+    saved[255] = 200;
+    EXPECT_TRUE(std::equal(saved.begin() + 1, saved.end(), back->begin() + 1));
 }
 
 TEST_F(Pcsc_Card, ChipdrivePathMovesBytesOneTo255) {

@@ -28,7 +28,8 @@ protected:
     Sensor_State sensors;
     Tables_State tables;
     Scripted_Dialogs dialogs;
-    Tables_Context ctx{image, sensors, tables, log, dialogs};
+    Undo_List undo;
+    Tables_Context ctx{image, sensors, tables, log, dialogs, undo};
 };
 
 } // namespace quorlen::test

@@ -18,11 +18,16 @@ public:
     std::vector<File_Dialog_Setup> dialogs_shown;
 
     std::vector<std::string> informed_titles; // of Inform_Titled, in order
-    std::vector<std::string> warned;          // of Warn, which also counts as informed
-    void Inform(const std::string& text) override { informed.push_back(text); }
-    void Warn(const std::string& text) override {
-        warned.push_back(text);
-        Inform(text);
+    std::vector<Icon> icons;                  // of every message, in order (None when plain)
+    std::vector<std::string> warned;          // of the messages with the stop sign
+    void Inform(const std::string& text) override {
+        icons.push_back(Icon::None);
+        informed.push_back(text);
+    }
+    void Show_Message(Icon icon, const std::string& text) override {
+        icons.push_back(icon);
+        if (icon == Icon::Stop) warned.push_back(text);
+        informed.push_back(text);
     }
     void Inform_Titled(const std::string& title, const std::string& text) override {
         informed_titles.push_back(title);

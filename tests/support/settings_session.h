@@ -211,7 +211,8 @@ inline Scenario_Result Run_Scenario(const std::string& boxsim, const Scenario& s
     const std::string kept = dir.File("kept.qxs");
     const std::string done = dir.File("done.qxs");
     Save_Image(before, sc.box);
-    std::vector<std::string> args{"--image", before, "--image-out", kept};
+    // The fault positions count characters with a banner of 200.
+    std::vector<std::string> args{"--image", before, "--image-out", kept, "--banner-pad", "200"};
     for (const auto& f : sc.faults) {
         args.push_back("--fault");
         args.push_back(f);

@@ -5,13 +5,17 @@
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
+#include "ui/qt_dialogs.h"
 
 #include <QApplication>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -59,7 +63,50 @@ TEST_F(MainWindow, EmptyProgramFolderComesUpAndLeavesByTheMenuWithoutErrors) {
     EXPECT_TRUE(window->App().program.Closing);
     EXPECT_FALSE(window->Form_Exists("QX_Debug"));
     EXPECT_EQ(Log().find("Error in "), std::string::npos);
+    // File, Exit keeps both windows' places, as the close box does.
     EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Main_Window_Size="), std::string::npos);
+    EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Log_Window_Size="), std::string::npos);
+}
+
+TEST(Message_Boxes, EachShowsTheSymbolItsTextCallsFor) {
+    QWidget parent;
+    ui::Qt_User_Dialogs dialogs(&parent, "Quorlen");
+    auto shown = [](auto show) {
+        auto icon = std::make_shared<QMessageBox::Icon>(QMessageBox::NoIcon);
+        auto seen = std::make_shared<bool>(false);
+        QTimer::singleShot(0, [icon, seen] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr) return;
+            *seen = true;
+            *icon = box->icon();
+            box->done(QMessageBox::Ok);
+        });
+        show();
+        EXPECT_TRUE(*seen);
+        return *icon;
+    };
+    EXPECT_EQ(shown([&] { dialogs.Inform("Not a valid qxs-file"); }), QMessageBox::NoIcon);
+    EXPECT_EQ(shown([&] { dialogs.Show_Message(Icon::Stop, "No complete data in this chunk"); }),
+              QMessageBox::Critical);
+    EXPECT_EQ(shown([&] { dialogs.Show_Message(Icon::Information, "Length of log header"); }),
+              QMessageBox::Information);
+    EXPECT_EQ(shown([&] { dialogs.Ask_Ok_Cancel("load anyway?"); }), QMessageBox::Question);
+}
+
+TEST_F(MainWindow, TheCommunicationPageUsedLastComesBackAtTheNextStart) {
+    auto window = Start();
+    auto* comm = window->findChild<QTabWidget*>("SSTab_Communication");
+    EXPECT_EQ(comm->currentIndex(), 0);
+    QTabBar* bar = comm->tabBar();
+    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(1).center());
+    EXPECT_NE(Read_File(dir.File("RZ400_800M3.ini")).find("Default_Com_interface=Mapchip_Communication"),
+              std::string::npos);
+    window->File_exit_Click();
+    window.reset();
+
+    window = Start();
+    EXPECT_EQ(window->findChild<QTabWidget*>("SSTab_Communication")->currentIndex(), 1);
+    window->File_exit_Click();
 }
 
 TEST_F(MainWindow, ShippedDataLoadsTheDefaultFileButTheTitleSaysNew1AndTheCloseBoxLeavesCleanly) {

@@ -4,6 +4,7 @@
 // surface view are saved there as PNG (the surface only where OpenGL is at hand, as under
 // xvfb-run).
 
+#include "files/settings_files.h"
 #include "support/main_window_run.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
@@ -23,6 +24,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -130,7 +132,7 @@ TEST_F(MapEdit, TypingShowsTheTextInEverySelectedCellAndSetsTheBytes) {
     QTableView* grid = Grid("Fuel_3D_Grid");
     QTest::keyClick(grid, Qt::Key_1);
     EXPECT_EQ(Cell("Fuel_3D_Grid", 3, 4), "1");
-    EXPECT_EQ(Fuel(2, 2), 0);
+    EXPECT_EQ(Fuel(2, 2), 1); // the injector stays open on the way to 1,5
     QTest::keyClick(grid, Qt::Key_Comma);
     EXPECT_EQ(Cell("Fuel_3D_Grid", 2, 3), "1,");
     QTest::keyClick(grid, Qt::Key_5);
@@ -202,32 +204,89 @@ TEST_F(MapEdit, CopyGoesToASpreadsheetAndItsTextPastesBack) {
         }
 }
 
-TEST_F(MapEdit, UndoAndRedoStepThroughSnapshotsOfTheLowBytesOnly) {
-    Byte(191) = 128;
-    save_to_undolist(window->App().undo, window->App().image); // as a settings page does
-    Open_Tab(1, "SSTab_Ignition", 1);
-    Select("Ig_2ndMAP_Grid", 1, 2, 1, 2);
-    QTest::keyClick(Grid("Ig_2ndMAP_Grid"), Qt::Key_5);
-    EXPECT_EQ(Byte(191), 153);
-    save_to_undolist(window->App().undo, window->App().image);
-    QTest::keyClick(Grid("Ig_2ndMAP_Grid"), Qt::Key_0); // 50 is cut to 25.4
-    EXPECT_EQ(Byte(191), 255);
-    Open_Tab(2, "SSTab_Fuel", 0);
+TEST_F(MapEdit, TenEditsOfEveryKindAreUndoneToTheLoadedFileAndRedone) {
+    auto* undo_entry = window->findChild<QAction*>("edit_undo");
+    auto* redo_entry = window->findChild<QAction*>("edit_redo");
+    auto image = [&] { return window->App().image.CardByte; };
+    auto paste = [&](const char* grid, const char* text) {
+        QApplication::clipboard()->setText(text);
+        QTest::keyClick(Grid(grid), Qt::Key_V, Qt::ControlModifier);
+    };
+
+    // At start nothing can be undone or redone, and Redo changes nothing.
+    const auto loaded = image();
+    auto file = Load_Qxs_File(dir.File("RZ400_800M3_Default_Settings.qxs"));
+    ASSERT_TRUE(file);
+    EXPECT_TRUE(std::equal(file->bytes.begin(), file->bytes.end(), loaded.begin()));
+    window->Undo_Menu_Follows();
+    EXPECT_FALSE(undo_entry->isEnabled());
+    EXPECT_FALSE(redo_entry->isEnabled());
+    redo_entry->trigger();
+    EXPECT_EQ(image(), loaded);
+
+    std::vector<Image_Array<std::uint8_t>> states{loaded};
+    const auto edited = [&](const char* what) {
+        EXPECT_NE(image(), states.back()) << what;
+        states.push_back(image());
+    };
     Select("Fuel_3D_Grid", 1, 1, 1, 1);
     QTest::keyClick(Grid("Fuel_3D_Grid"), Qt::Key_9);
-    EXPECT_EQ(Fuel(1, 1), 90);
+    edited("typing on the fuel map");
+    Select("Fuel_3D_Grid", 1, 3, 1, 4);
+    QTest::keyClick(Grid("Fuel_3D_Grid"), Qt::Key_P);
+    edited("P on the RPM axis");
+    Select("Fuel_3D_Grid", 10, 10, 10, 10);
+    paste("Fuel_3D_Grid", "5\t6\r\n7\t8\r\n");
+    edited("paste on the fuel map");
+    Select("Fuel_3D_Grid", 5, 5, 6, 6);
+    auto* set_text = window->findChild<QLineEdit*>("set_table_text_3D");
+    set_text->clear();
+    QTest::keyClicks(set_text, "12,5");
+    Click("set_table_3D");
+    edited("Set on the fuel map");
+    Open_Tab(1, "SSTab_Ignition", 0);
+    Select("Ignition_3D_Grid", 2, 2, 2, 2);
+    QTest::keyClick(Grid("Ignition_3D_Grid"), Qt::Key_1);
+    QTest::keyClick(Grid("Ignition_3D_Grid"), Qt::Key_7); // one number, one step
+    edited("typing on the ignition map");
+    Open_Tab(1, "SSTab_Ignition", 1);
+    Select("Ig_2ndMAP_Grid", 4, 2, 4, 2);
+    QTest::keyClick(Grid("Ig_2ndMAP_Grid"), Qt::Key_3);
+    edited("typing on a one-dimensional table");
+    Open_Tab(2, "SSTab_Fuel", 1);
+    Select("Fuel_MAP_Grid", 3, 2, 5, 2);
+    Click("plus");
+    edited("+1 on a one-dimensional table");
+    Open_Tab(3, "SSTab_PWM", 0);
+    Select("PWM_MAP_Grid(1)", 2, 2, 2, 2);
+    paste("PWM_MAP_Grid(1)", "40\r\n50\r\n");
+    edited("paste on a one-dimensional table");
+    auto* slider = window->findChild<QScrollBar*>("scroll(92)");
+    ASSERT_NE(slider, nullptr);
+    slider->setValue(slider->value() == 200 ? 100 : 200);
+    edited("a slider");
+    emit window->findChild<QComboBox*>("FUEL_3D_MAP_Size_Combo")->activated(2);
+    edited("the size of the fuel map");
 
-    auto trigger = [&](const char* name) { window->findChild<QAction*>(name)->trigger(); };
-    trigger("edit_undo");
-    EXPECT_EQ(Byte(191), 153);
-    trigger("edit_undo");
-    EXPECT_EQ(Byte(191), 128);
-    trigger("edit_undo"); // nothing before the first
-    EXPECT_EQ(Byte(191), 128);
-    trigger("edit_redo");
-    EXPECT_EQ(Byte(191), 153);
-    EXPECT_EQ(Fuel(1, 1), 90); // the maps lie above the snapshots
-    EXPECT_EQ(Cell("Fuel_3D_Grid", 1, 1), "9.0");
+    // Back one by one to the loaded file, byte for byte, every change marked for the write.
+    for (int step = 10; step > 0; --step) {
+        ASSERT_TRUE(undo_entry->isEnabled()) << step;
+        undo_entry->trigger();
+        EXPECT_EQ(image(), states[static_cast<std::size_t>(step - 1)]) << step;
+    }
+    EXPECT_EQ(image(), loaded);
+    EXPECT_FALSE(undo_entry->isEnabled());
+    EXPECT_EQ(window->App().image.ChangedByte[static_cast<std::size_t>(Fuel_Address(1, 1))], 255);
+    EXPECT_EQ(Cell("Fuel_3D_Grid", 1, 1).toStdString(),
+              Fuel_Cell_Text(loaded[static_cast<std::size_t>(Fuel_Address(1, 1))]));
+
+    // And forward again to the last edit.
+    for (int step = 1; step <= 10; ++step) {
+        ASSERT_TRUE(redo_entry->isEnabled()) << step;
+        redo_entry->trigger();
+        EXPECT_EQ(image(), states[static_cast<std::size_t>(step)]) << step;
+    }
+    EXPECT_FALSE(redo_entry->isEnabled());
 }
 
 TEST_F(MapEdit, FourColourModesWithTheirLegendAndScreenshots) {

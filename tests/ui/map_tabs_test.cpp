@@ -67,9 +67,9 @@ TEST_F(MapTabs, ShippedImageLoadsWithoutRepairAndShowsItsMapsWithSensorCaptions)
     EXPECT_EQ(Cell("Fuel_3D_Grid", 1, 0), "0.15"); // raw 16 on the 2.5 bar MAP sensor
     EXPECT_EQ(Cell("Ignition_3D_Grid", 0, 18), "8000");
     auto label = [&](const char* name) { return window->findChild<QLabel*>(name)->text(); };
-    EXPECT_EQ(label("Fuel_3D_Load_label"), "Fuel 3D Load sensor: MAP - MAP 2.5 bar Bosch [bar]");
+    EXPECT_EQ(label("Fuel_3D_Load_label"), "Fuel 3D Load sensor:  - MAP [bar]");
     EXPECT_EQ(label("Fuel_Load_Header_label"), "Load [bar]");
-    EXPECT_EQ(label("Lambda_Sensor_label"), "Lambda sensor: AFR - AFR wideband 0-5V 10-20 [AFR]");
+    EXPECT_EQ(label("Lambda_Sensor_label"), "Lambda sensor:  - AFR [AFR]");
     EXPECT_EQ(Cell("Fuel_Lambda_Grid", 0, 2), "AFR");
     EXPECT_EQ(Cell("Fuel_Lambda_Grid", 1, 2), "14.7");
     EXPECT_EQ(Shape("Fuel_Lambda_Grid"), QSize(3, 18));
@@ -139,6 +139,15 @@ TEST_F(MapTabs, OneDimensionalTablesAndCompensationSlidersFollowTheImage) {
     EXPECT_EQ(Cell("Ig_2ndMAP_Grid", 2, 2), "-25.6");
     EXPECT_EQ(Cell("PWM_MAP_Grid(1)", 1, 2), "100.0");
     EXPECT_EQ(Cell("PWM_MAP_Grid(1)", 21, 0), "10000");
+
+    // PWM2 extra fuel on its own grid beside PWM 2: axis in percent of the output, value in
+    // percent of fuel.
+    Image().CardByte[49] = 64; // the first axis step
+    Image().CardByte[54] = 138;
+    window->Update_All();
+    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 0, 0), "PWM2 [%]");
+    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 1, 0), "25.1");
+    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 1, 1), "2.0");
 
     auto* scroll = window->findChild<QScrollBar*>("scroll(93)");
     ASSERT_NE(scroll, nullptr);

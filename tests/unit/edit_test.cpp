@@ -56,7 +56,7 @@ TEST_F(Edit, TypingIntoTheFuelMapFollowsEveryKeyAndCutsAtTheLimit) {
     EXPECT_TRUE(Type_Fuel(sel, '1').shows_key_text);
     EXPECT_EQ(tables.edit.KeyText, "1");
     for (int a : cells)
-        EXPECT_EQ(Byte(a), 0); // 1 ms is byte_chk(0)
+        EXPECT_EQ(Byte(a), 1); // on the way to 1,5 the injector stays open
     Type_Fuel(sel, Key::Comma);
     EXPECT_EQ(tables.edit.KeyText, "1,");
     Type_Fuel(sel, Key::Pad_0 + 5);
@@ -116,8 +116,10 @@ TEST(Cell_Entry, KeyEditAndTheNumberRules) {
     EXPECT_EQ(Fuel_ms_to_byte(0.53), 0);
     EXPECT_EQ(Fuel_ms_to_byte(0.54), 1);
     EXPECT_EQ(Fuel_ms_to_byte(0.7), 1);
-    EXPECT_EQ(Fuel_ms_to_byte(1), 0);
-    EXPECT_EQ(Fuel_ms_to_byte(1.06), 1);
+    // No typed time above 0.53 ms shuts the injector.
+    for (double v : {1.0, 1.03, 1.059, 1.06})
+        EXPECT_EQ(Fuel_ms_to_byte(v), 1) << v;
+    EXPECT_EQ(Fuel_ms_to_byte(1.12), 2);
     EXPECT_EQ(Fuel_ms_to_byte(1.48), 8); // the shown text of byte 8 gives byte 8
     EXPECT_EQ(Fuel_ms_to_byte(2.49), 24);
     EXPECT_EQ(Fuel_ms_to_byte(2.5), 25);
@@ -516,6 +518,35 @@ TEST(Edit_Command, RunsEachOperationAsItsButtonAndSavesTheResult) {
     std::string help;
     Cli({"--help"}, &help);
     EXPECT_NE(help.find("edit FILE -o OUT"), std::string::npos);
+}
+
+TEST(Edit_Command, SavesByTheProgramsRulesAndStepsBackAndForth) {
+    test::Temp_Dir dir;
+    auto original = Load_Qxs_File(std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3_Default_Settings.qxs");
+    ASSERT_TRUE(original);
+    Image_Bytes bytes = original->bytes;
+    bytes[250] = 7;
+    bytes[251] = 8;
+    bytes[255] = 68;
+    const std::string in = dir.File("in.qxs");
+    test::Write_File(in, Format_Qxs(bytes, "mine"));
+    const std::string ini = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3.ini";
+    const int fuel_1_1 = 256 + 19 + 18 + 2;
+
+    test::Cli_Result r =
+        test::Run_Cli({"edit", in, "-o", dir.File("out.qxs"), "--ini", ini, "--op", "fuel", "1,1", "plus",
+                       "--op", "pwm1", "2", "set=37", "--undo", "--undo", "--redo"});
+    EXPECT_EQ(r.code, 0) << r.err;
+    EXPECT_NE(r.out.find("undo: 1 bytes changed\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.err.find("dataset ID 68 is saved as 200"), std::string::npos) << r.err;
+    auto out = Load_Qxs_File(dir.File("out.qxs"));
+    ASSERT_TRUE(out);
+    EXPECT_EQ(out->bytes[fuel_1_1], bytes[fuel_1_1] + 1); // redone
+    EXPECT_EQ(out->bytes[897], bytes[897]);               // undone
+    EXPECT_EQ(out->bytes[250], 0);
+    EXPECT_EQ(out->bytes[251], 0);
+    EXPECT_EQ(out->bytes[255], 200);
+    EXPECT_EQ(out->comment, "mine\r\n");
 }
 
 } // namespace

@@ -138,44 +138,101 @@ TEST(Listings, FlagBytesCarryTheirLabelsAndMapBlocksTheirAddresses) {
 
 // --- undo -------------------------------------------------------------------------------
 
-TEST(Undo, SnapshotsCoverTheFirst256BytesAndTheListShiftsAt101) {
+// An edit as the program makes one: a snapshot, then bytes written and marked.
+void Edit(Undo_List& undo, Settings_Image& image, int address, int value) {
+    save_to_undolist(undo, image);
+    image.CardByte[static_cast<std::size_t>(address)] = static_cast<std::uint8_t>(value);
+}
+
+TEST(Undo, StepsBackAndForthOverTheWholeImageAndMarksWhatItChanges) {
     Settings_Image image;
     Undo_List undo;
     int updates = 0;
     auto update = [&] { ++updates; };
 
-    edit_undo_Click(undo, image, update); // empty list: nothing
+    // At start there is nothing to undo or redo, and neither touches the image.
+    image.CardByte[120] = 77;
+    EXPECT_FALSE(Can_Undo(undo, image));
+    EXPECT_FALSE(Can_Redo(undo, image));
+    edit_redo_Click(undo, image, update);
+    edit_undo_Click(undo, image, update);
+    EXPECT_EQ(image.CardByte[120], 77);
     EXPECT_EQ(updates, 0);
 
-    for (int i = 0; i < 101; ++i) {
-        image.CardByte[7] = static_cast<std::uint8_t>(i);
-        save_to_undolist(undo, image);
-    }
-    EXPECT_EQ(undo.UndoIndex, 100);
-    EXPECT_EQ(undo.UndoList[0][7], 1); // snapshot 0 fell out
-    EXPECT_EQ(undo.UndoList[99][7], 100);
-    EXPECT_EQ(undo.UndoList[100][7], 100); // the top keeps its copy
+    const auto loaded = image.CardByte;
+    Edit(undo, image, 7, 1);    // a page
+    Edit(undo, image, 400, 90); // a main map
+    Edit(undo, image, 1000, 5); // the top of the image
+    const auto edited = image.CardByte;
 
-    image.CardByte[7] = 200;
-    image.CardByte[400] = 9;
     edit_undo_Click(undo, image, update);
-    EXPECT_EQ(image.CardByte[7], 100);
-    EXPECT_EQ(image.CardByte[400], 9); // maps are outside undo
-    EXPECT_EQ(updates, 1);
+    EXPECT_EQ(image.CardByte[1000], 0);
+    EXPECT_EQ(image.ChangedByte[1000], Changed_Mark);
+    EXPECT_EQ(image.ChangedByte[400], 0); // unchanged by this step
+    edit_undo_Click(undo, image, update);
+    edit_undo_Click(undo, image, update);
+    EXPECT_EQ(image.CardByte, loaded);
+    EXPECT_FALSE(Can_Undo(undo, image));
+    edit_undo_Click(undo, image, update); // nothing before the first
+    EXPECT_EQ(updates, 3);
     EXPECT_FALSE(undo.UndoBusy);
 
-    edit_redo_Click(undo, image, update); // to level 100
-    edit_redo_Click(undo, image, update); // at 100: nothing
-    EXPECT_EQ(updates, 2);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(Can_Redo(undo, image));
+        edit_redo_Click(undo, image, update);
+    }
+    EXPECT_EQ(image.CardByte, edited);
+    EXPECT_FALSE(Can_Redo(undo, image));
+    edit_redo_Click(undo, image, update); // nothing after the last
+    EXPECT_EQ(image.CardByte, edited);
 }
 
-TEST(Undo, RedoPastTheLastSnapshotLoadsZeros) {
+TEST(Undo, ANewEditDropsTheRedoStepsAndNothingIsStoredTwice) {
     Settings_Image image;
     Undo_List undo;
-    image.CardByte[5] = 42;
+    Edit(undo, image, 300, 1);
+    Edit(undo, image, 300, 2);
+    save_to_undolist(undo, image); // nothing changed since: no step of its own
     save_to_undolist(undo, image);
+    edit_undo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte[300], 1);
+
+    Edit(undo, image, 301, 9); // a new branch: redo has nowhere to go
+    EXPECT_FALSE(Can_Redo(undo, image));
+    edit_undo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte[300], 1);
+    EXPECT_EQ(image.CardByte[301], 0);
+    edit_undo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte[300], 0);
+
+    // An edit that slipped in after an undo without a snapshot is kept as the newest state.
     edit_redo_Click(undo, image, {});
-    EXPECT_EQ(image.CardByte[5], 0);
+    image.CardByte[302] = 4;
+    EXPECT_FALSE(Can_Redo(undo, image));
+    EXPECT_TRUE(Can_Undo(undo, image));
+    edit_undo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte[302], 0);
+    EXPECT_EQ(image.CardByte[300], 1);
+    edit_redo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte[302], 4);
+}
+
+TEST(Undo, KeepsTheLast100StepsAndTheRedrawTakesNoSnapshot) {
+    Settings_Image image;
+    Undo_List undo;
+    for (int i = 1; i <= 150; ++i)
+        Edit(undo, image, 900, i);
+    EXPECT_EQ(undo.UndoIndex, 100);
+    int steps = 0;
+    while (Can_Undo(undo, image)) {
+        edit_undo_Click(undo, image, [&] { save_to_undolist(undo, image); });
+        ++steps;
+    }
+    EXPECT_EQ(steps, 100);
+    EXPECT_EQ(image.CardByte[900], 50); // the state before the 51st edit
+    for (int i = 0; i < 100; ++i)
+        edit_redo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte[900], 150);
 }
 
 } // namespace

@@ -254,7 +254,7 @@ TEST_F(Link, AutoStartWaitsForACleanCheckAndHappensOnce) {
     EXPECT_FALSE(flags.Link_Busy || flags.Connection_Check_Busy);
     EXPECT_EQ(state.Online_mnu_Caption, "System not connected");
     const std::string log_text = Log();
-    EXPECT_NE(log_text.find("Error in Check connection timer /dev/ttyUSB0 does not exist"),
+    EXPECT_NE(log_text.find("Error in Check connection timer \r\n/dev/ttyUSB0 does not exist"),
               std::string::npos);
     EXPECT_EQ(log_text.find("Error in Check"), log_text.rfind("Error in Check"))
         << "a missing port is logged once";

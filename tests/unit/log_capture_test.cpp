@@ -186,6 +186,7 @@ TEST_F(LogCapture, FramesThatBreakTheRulesAreNotedNotDropped) {
     state->capture.Log_Stream_Buffer = frame(6);
     QX_Fast_Log_Row_Data_Read(*ctx);
     EXPECT_EQ(dialogs.informed.back(), "No complete data in this chunk");
+    EXPECT_EQ(dialogs.icons.back(), Icon::Stop);
     EXPECT_EQ(state->capture.Log_Row_Count, 5);
 
     // A status byte from 10 to 15 comes out as one letter.
@@ -260,6 +261,7 @@ TEST_F(LogCapture, ALaggingComputerStopsTheLogWithoutTheBlank) {
     EXPECT_TRUE(state->capture.Log_Stopped_By_Overload);
     EXPECT_NE(line.written.back(), " ");
     EXPECT_EQ(dialogs.informed.back(), Overload_Text);
+    EXPECT_EQ(dialogs.icons.back(), Icon::Stop);
     EXPECT_NE(Debug_Text().find(Overload_Text), std::string::npos);
 }
 

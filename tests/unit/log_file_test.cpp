@@ -253,8 +253,9 @@ TEST_F(LogFile, NumbersOutOfRangeInTheSettingsAreNotTaken) {
     EXPECT_EQ(state->setup.filter.p2, 3000);
     EXPECT_EQ(state->setup.filter.p6, -10);
     EXPECT_EQ(state->Log_Signal_Tab[1].sensor, -1);
-    EXPECT_EQ(state->First_Shown_Row, 1);
-    EXPECT_EQ(state->Last_Shown_Row, 40);
+    // A zoom outside the log settles on the whole log.
+    EXPECT_EQ(state->window.Zoom_Start, 1);
+    EXPECT_EQ(state->window.Zoom_Stop, 40);
     EXPECT_EQ(state->setup.Gear_option, 3); // as the default settings chose it
     // A smoothing longer than the log leaves the power unsmoothed, as a short log does.
     EXPECT_FALSE(Log_Array::Empty(state->Log_Data(20, state->columns.Col_Power)));
@@ -368,7 +369,7 @@ protected:
     Settings_File_Context Files() {
         Settings_File_Hooks file_hooks;
         file_hooks.Update_All = [this] { ++updates; };
-        return {program, texts, files, image, ini, debug, dialogs, file_hooks};
+        return {program, texts, files, image, undo, ini, debug, dialogs, file_hooks};
     }
     static std::string Dataset(int lines, int dataset_id) {
         std::string text = "[log_dataset]\r\n";
@@ -378,6 +379,7 @@ protected:
     }
     Ini_File ini;
     File_State files;
+    Undo_List undo;
     int updates = 0;
 };
 
@@ -398,6 +400,7 @@ TEST_F(LogExport, TakesTheImageOnlyFromAWholeDatasetSection) {
 
     EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, Dataset(1023, 200)));
     EXPECT_EQ(dialogs.informed.back(), "This log file does not include any valid box settings");
+    EXPECT_EQ(dialogs.icons.back(), Icon::Information);
     EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, Dataset(1026, 200)));
     const std::string debug_text = Debug_Text();
     std::size_t lines = 0;
@@ -405,6 +408,17 @@ TEST_F(LogExport, TakesTheImageOnlyFromAWholeDatasetSection) {
          at = debug_text.find("Error. Can not read out", at + 1))
         ++lines;
     EXPECT_EQ(lines, 2u);
+    EXPECT_EQ(image.CardByte[3], 7);
+
+    // A value that doesn't fit a byte: the words go to the diagnostics log, not to a box.
+    std::string bad = Dataset(1024, 200);
+    bad.replace(bad.find("\r\n5\r\n") + 2, 1, "300");
+    const std::size_t boxes = dialogs.informed.size();
+    EXPECT_FALSE(cmd_Export_Log_qxs_settings_Click(ctx, bad));
+    EXPECT_EQ(dialogs.informed.size(), boxes);
+    EXPECT_NE(
+        Debug_Text().find("Error. Can not read out the settings from the log file\r\n", debug_text.size()),
+        std::string::npos);
     EXPECT_EQ(image.CardByte[3], 7);
 }
 

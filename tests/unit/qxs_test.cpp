@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace quorlen {
 namespace {
 
@@ -65,11 +67,27 @@ TEST(QxsFormat, WhatIsNotASettingsFileIsRefused) {
     EXPECT_FALSE(Parse_Qxs(Numbers(500) + " 256 \r\n" + Numbers(523)));
     EXPECT_FALSE(Parse_Qxs(Numbers(500) + " -1 \r\n" + Numbers(523)));
     EXPECT_FALSE(Parse_Qxs(Numbers(10) + " ten \r\n" + Numbers(1013)));
-    EXPECT_FALSE(Parse_Qxs(Numbers(10) + " 1.5 \r\n" + Numbers(1013)));
     std::string binary(100000, '\0');
     for (std::size_t i = 0; i < binary.size(); ++i)
         binary[i] = static_cast<char>(i * 31 + 7);
     EXPECT_FALSE(Parse_Qxs(binary));
+}
+
+TEST(QxsFormat, AnyNumberThatFitsAByteIsRead) {
+    const auto read = [](const std::string& item) -> std::optional<int> {
+        auto content = Parse_Qxs(Numbers(10) + " " + item + " \r\n" + Numbers(1013));
+        if (!content) return std::nullopt;
+        return content->bytes[10];
+    };
+    for (const char* five : {"0005", "5.0", "+5", "5.", "5e0", "0.5e1"})
+        EXPECT_EQ(read(five), 5) << five;
+    // Fractions take the nearest byte, a tie the even one, as the file's reader always did.
+    EXPECT_EQ(read("1.5"), 2);
+    EXPECT_EQ(read("2.5"), 2);
+    EXPECT_EQ(read("255.4"), 255);
+    EXPECT_EQ(read("-0.4"), 0);
+    for (const char* refused : {"255.5", "-1", "5a", ".", "+", "1e", "0x10", "1e999"})
+        EXPECT_FALSE(read(refused)) << refused;
 }
 
 TEST(Presets, FieldsAreCutByTheirDelimiters) {

@@ -21,11 +21,10 @@ protected:
         image.DatasetID = 200;
         hooks.Update_All = [this] { ++update_all; };
         hooks.Update_Tabs = [this] { ++update_tabs; };
-        hooks.edit_undo_Click = [this] { ++undos; };
         hooks.Open_Log_File = [this](const std::string& name) { logs_opened.push_back(name); };
     }
 
-    Settings_File_Context Ctx() { return {program, texts, files, image, ini, log, dialogs, hooks}; }
+    Settings_File_Context Ctx() { return {program, texts, files, image, undo, ini, log, dialogs, hooks}; }
 
     std::string Valid_File(const std::string& name, int dataset = 200, int fill = 9,
                            const std::string& comment = "c") {
@@ -43,11 +42,12 @@ protected:
     Form_Texts texts;
     File_State files;
     Settings_Image image;
+    Undo_List undo;
     Ini_File ini;
     Debug_Log log;
     Scripted_Dialogs dialogs;
     Settings_File_Hooks hooks;
-    int update_all = 0, update_tabs = 0, undos = 0;
+    int update_all = 0, update_tabs = 0;
     std::vector<std::string> logs_opened;
 };
 
@@ -97,7 +97,12 @@ TEST_F(SettingsFiles, BrokenFilesLeaveImageCommentAndTitleButKeepTheNewName) {
     EXPECT_EQ(saved->bytes[10], 33);
 }
 
-TEST_F(SettingsFiles, DatasetQuestionCancelUndoesAndRestoresTheTitleOnly) {
+TEST_F(SettingsFiles, DatasetQuestionCancelLeavesTheWholeImageAsItWas) {
+    for (std::size_t i = 0; i < 1024; ++i)
+        image.CardByte[i] = static_cast<std::uint8_t>(i * 7 + 3);
+    image.ChangedByte[700] = Changed_Mark; // an edit of the maps not yet written
+    const auto bytes = image.CardByte;
+    const auto marks = image.ChangedByte;
     Valid_File("old.qxs", 68);
     std::string before = texts.Title;
     Pick("old.qxs");
@@ -108,10 +113,24 @@ TEST_F(SettingsFiles, DatasetQuestionCancelUndoesAndRestoresTheTitleOnly) {
     EXPECT_EQ(dialogs.asked[0],
               "File has different dataset ID (68) than currently selected in preferences (200), "
               "load anyway?\r\n(Dataset ID is not changed.)");
-    EXPECT_EQ(undos, 1);
+    EXPECT_EQ(image.CardByte, bytes); // maps included
+    EXPECT_EQ(image.ChangedByte, marks);
     EXPECT_EQ(texts.Title, before);
     EXPECT_EQ(files.CurrentFileName, "old.qxs");
     EXPECT_EQ(image.DatasetID, 200);
+    // The refused file is not a step that Redo brings back.
+    EXPECT_FALSE(Can_Redo(undo, image));
+    edit_redo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte, bytes);
+
+    // Loaded with OK, the file is one step that Undo takes back.
+    Pick("old.qxs");
+    dialogs.answers.push_back(Answer::Ok);
+    auto again = Ctx();
+    File_open_Click(again);
+    EXPECT_EQ(image.CardByte[10], 9);
+    edit_undo_Click(undo, image, {});
+    EXPECT_EQ(image.CardByte, bytes);
 }
 
 TEST_F(SettingsFiles, SaveWritesReservedBytesAndDatasetAndReadsBackTheSame) {

@@ -103,6 +103,7 @@ TEST_F(Tables, OutOfRuleStepsAreMendedWithOneMessagePerAxis) {
     image.CardByte[50] = 200; // PWM2 extra fuel axis
     Update_All(ctx);
     ASSERT_EQ(dialogs.informed.size(), 2u);
+    EXPECT_EQ(dialogs.icons, (std::vector<Icon>{Icon::Information, Icon::Information}));
     EXPECT_EQ(
         dialogs.informed[0],
         "Some errors in Ignition Load table was automatically corrected. Double check and save the file");
@@ -182,8 +183,8 @@ TEST_F(Tables, OneDimensionalAxesCaptionsAndBoostMode) {
     EXPECT_EQ(Text(Table_Id::Pwm2, 1, 2), "0.0");
     EXPECT_EQ(tables.captions.Pwm1_Tab, "PWM1 Boost control");
     EXPECT_EQ(tables.captions.PWM_boost_sensor_label, "\r\nPWM PID control. Boost sensor:  MAP");
-    EXPECT_EQ(tables.captions.Pwm_Load, "\r\nPWM Load sensor: MAP - MAP [bar]");
-    EXPECT_EQ(tables.captions.Ign2nd_Load, "\r\n1st Ignition comp load sensor: RPM");
+    EXPECT_EQ(tables.captions.Pwm_Load, "\r\nPWM Load sensor:  - MAP [bar]");
+    EXPECT_EQ(tables.captions.Ign2nd_Load, "\r\n1st Ignition comp load sensor:  - RPM");
     EXPECT_EQ(tables.captions.Fuel_Load_Header, "Load [bar]");
     EXPECT_EQ(Text(Table_Id::Ign_Comp1, 21, 0), "10000");
     EXPECT_EQ(Text(Table_Id::Ign_Comp1, 0, 1), "");
@@ -224,7 +225,8 @@ TEST(ShippedImage, LoadsWithoutAnyRepair) {
     Reset_Sensor_Table(sensors.table);
     Tables_State tables;
     Scripted_Dialogs dialogs;
-    Tables_Context ctx{image, sensors, tables, log, dialogs};
+    Undo_List undo;
+    Tables_Context ctx{image, sensors, tables, log, dialogs, undo};
     Update_Tabs(ctx);
     Update_All(ctx);
     EXPECT_TRUE(dialogs.informed.empty());

@@ -58,24 +58,26 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
     text += "Status 000";
     if (config.status_value) text += config.engine_running ? "01" : "00";
     text += "\r\n";
-    text += (memory[Mode_Byte] & Slave_Mark) ? "Slave mode\r\n" : "Master mode\r\n";
     if (config.slave_present) text += "Slave present\r\n";
     if (config.smartcard) text += "Smartcard present\r\n";
     text += config.engine_running ? "Engine running\r\n" : "Engine stopped\r\n";
     if (i2c_fault) text += "I2C TIME OUT 2\r\n";
+    // The mode line is the last: a banner is complete when it holds "mode" and ends in LF.
+    const std::string mode = (memory[Mode_Byte] & Slave_Mark) ? "Slave mode\r\n" : "Master mode\r\n";
 
-    const std::size_t length = text.size() + 1; // the echo of "v" counts too
-    if (length + 2 <= Banner_Answer_Length) {
-        text += std::string(Banner_Answer_Length - length - 2, '-') + "\r\n";
-    } else if (length + 1 == Banner_Answer_Length) {
+    const std::size_t length = 1 + text.size() + mode.size(); // the echo of "v" counts too
+    const std::size_t pad = config.banner_pad;
+    if (pad >= length + 2)
+        text += std::string(pad - length - 2, '-') + "\r\n";
+    else if (pad == length + 1)
         text.insert(text.size() - 2, " ");
-    }
-    return text;
+    return text + mode;
 }
 
 Box::Box(Box_Config config, Box_Faults faults)
     : config_(std::move(config)), faults_(faults), card_(Card_From(config_.image), faults.card_silence_after),
-      stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200}) {
+      stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200}),
+      hs_(HS_Faults{faults.hs_bad_check, faults.hs_gap_at, std::chrono::milliseconds(500)}) {
     memory_ = config_.image;
     committed_ = config_.image;
     slave_ = config_.slave_image;
@@ -100,13 +102,14 @@ std::string Box::Tick(Time now) {
         Emit(out, "E");
     }
     Emit(out, stream_.Tick(now));
+    Emit(out, hs_.Tick(now));
     return out;
 }
 
 Time Box::Next_Deadline() const {
     if (state_ == State::Frame_Header || state_ == State::Frame_Data)
-        return std::min(last_frame_byte_ + Frame_Gap, stream_.Next_Deadline());
-    return stream_.Next_Deadline();
+        return std::min({last_frame_byte_ + Frame_Gap, stream_.Next_Deadline(), hs_.Next_Deadline()});
+    return std::min(stream_.Next_Deadline(), hs_.Next_Deadline());
 }
 
 bool Box::Continues(char c) const {
@@ -154,6 +157,11 @@ void Box::Take(char c, Time now, std::string& out) {
         return;
     }
 
+    // The high-speed stream fills the line; the box listens only for the blank that ends it.
+    if (hs_.Active()) {
+        if (c == ' ') hs_.Stop();
+        return;
+    }
     if (card_.Writing()) {
         Take_Card(c, out);
         return;
@@ -306,10 +314,10 @@ void Box::Take(char c, Time now, std::string& out) {
     case State::Idle:
         break;
     }
-    Take_Idle(c, out);
+    Take_Idle(c, now, out);
 }
 
-void Box::Take_Idle(char c, std::string& out) {
+void Box::Take_Idle(char c, Time now, std::string& out) {
     switch (c) {
     case 'v': {
         const bool i2c = faults_.i2c_timeouts < 0 || banners_ < faults_.i2c_timeouts;
@@ -321,6 +329,9 @@ void Box::Take_Idle(char c, std::string& out) {
     }
     case 'g':
         Emit(out, "g\r\n");
+        return;
+    case 'd':
+        Emit(out, hs_.Start(Plan_For(config_.hs, memory_), static_cast<int>(line_baud_ / 10), now));
         return;
     case 'r':
         state_ = State::After_r;

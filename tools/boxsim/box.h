@@ -9,6 +9,7 @@
 // after it. A slave box beside the master gets each byte the master takes, when the master
 // commits it, with its own slave mark forced on.
 
+#include "hs_stream.h"
 #include "log_stream.h"
 #include "smartcard.h"
 
@@ -43,6 +44,10 @@ struct Box_Config {
     bool engine_running = false;
     bool bootloader = false;  // starts in its boot loader until it gets "g"
     bool status_value = true; // false: the older banner whose Status line ends after the flags
+    HS_Setup hs;              // the engine of the high-speed stream
+    // 0: the banner is as long as its lines; N: padded before its last line to N characters
+    // with the echo, as some firmware does.
+    std::size_t banner_pad = 0;
 };
 
 // Faults that act on the box's behaviour rather than on the line.
@@ -55,14 +60,15 @@ struct Box_Faults {
     long pause_at_row = -1;       // the log stream goes quiet for 2 s at this row (-1: never)
     long bad_sum_row = -1;        // the binary log frame of this row carries a wrong sum (-1: none)
     long card_silence_after = -1; // a card write goes silent after this many bytes (-1: never)
+    long hs_bad_check = -1;       // this check byte of the high-speed stream is 254 (-1: none)
+    long hs_gap_at = -1;          // the high-speed stream is quiet for 0.5 s from this sample (-1: never)
 };
 
 // The box's own checksum: 16-bit sum minus one, wrapping, where a sum of 0 gives 65535.
 std::uint16_t Checksum(const std::uint8_t* data, std::size_t count);
 
 // The answer text of "v" after the echo, including the display bus line when `i2c_fault`.
-// It is padded to make the whole answer, echo included, 200 characters: the program's session
-// check waits for exactly that many, and a longer answer would be cut before its final LF.
+// Its last line is the mode line; it is as long as its lines unless the configuration pads it.
 std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault);
 
 class Box {
@@ -82,6 +88,10 @@ public:
     const Image& Slave_Memory() const { return slave_; }
     bool In_Bootloader() const { return bootloader_; }
     Log_Stream::Mode Streaming() const { return stream_.Active(); }
+    bool HS_Streaming() const { return hs_.Active(); }
+    long HS_Bytes_Sent() const { return hs_.Bytes_Sent(); }
+    // The speed the program set on its port; the high-speed stream runs at a tenth of it.
+    void Set_Line_Baud(long baud) { line_baud_ = baud; }
     const Smartcard::Content& Card() const { return card_.Bytes(); }
     bool Silent() const { return silent_; }
     // Commands taken so far: each exchange of the dialogue ("v", "rd", "b", "w", one digit,
@@ -109,7 +119,7 @@ private:
 
     bool Continues(char c) const;
     void Take(char c, Time now, std::string& out);
-    void Take_Idle(char c, std::string& out);
+    void Take_Idle(char c, Time now, std::string& out);
     void Start_Command();
     void Emit(std::string& out, std::string_view text) const;
     void Write_Byte(int address, std::uint8_t value);
@@ -143,6 +153,8 @@ private:
     void Take_Card(char c, std::string& out);
 
     Log_Stream stream_;
+    HS_Stream hs_;
+    long line_baud_ = 115200;
     std::string stream_length_; // the hex digits after "bL"
     Time last_frame_byte_{};
 };

@@ -25,6 +25,9 @@ const char* const Fault_Help =
     "  pause@N         the log stream goes quiet for 2 s at its row N (counting from 0); the\n"
     "                  engine runs on, so those rows are missing when it comes back\n"
     "  badsum@N        the binary log frame of row N carries a wrong sum\n"
+    "  hscheck@N       the N-th check byte of the high-speed stream (from 1) is 254, not 255\n"
+    "  hsgap@N         the high-speed stream goes quiet for 0.5 s at its sample N (from 1);\n"
+    "                  the engine turns on, so those samples never come\n"
     "  cardsilence@N   a card write (--smartcard) stops after N bytes: the box answers nothing\n"
     "                  more and the card is left half written\n";
 
@@ -86,6 +89,14 @@ bool Add_Fault(std::string_view fault_text, Box_Faults& box, Line_Fault_Plan& li
     } else if (kind == "badsum") {
         if (!need_n()) return false;
         box.bad_sum_row = n;
+    } else if (kind == "hscheck" || kind == "hsgap") {
+        if (!need_n()) return false;
+        if (n < 1) {
+            error = "fault '";
+            error.append(kind).append("' counts from 1");
+            return false;
+        }
+        (kind == "hscheck" ? box.hs_bad_check : box.hs_gap_at) = n;
     } else {
         error = "unknown fault kind '";
         error.append(kind).append("'");

@@ -3,6 +3,7 @@
 
 #include "box.h"
 #include "faults.h"
+#include "line_speed.h"
 #include "options.h"
 #include "qxs_file.h"
 #include "trace.h"
@@ -28,6 +29,7 @@ namespace boxsim {
 namespace {
 
 constexpr const char* Default_Settings_Name = "RZ400_800M3_Default_Settings.qxs";
+constexpr const char* Default_Ini_Name = "RZ400_800M3.ini";
 constexpr int Default_Dataset = 201;
 constexpr Time Spin_Below = std::chrono::microseconds(500);
 
@@ -54,19 +56,27 @@ bool Exists(const std::string& path) {
     return stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
+// A shipped data file beside the executable, or in the installed data folder; "" when neither.
+std::string Shipped_File(const std::string& name) {
+    const std::string dir = Executable_Dir();
+    for (const std::string& candidate : {dir + "/" + name, dir + "/../share/quorlen/" + name})
+        if (Exists(candidate)) return candidate;
+    return "";
+}
+
+// The engine layouts of the configuration file; a named file that can't be read is an error,
+// a missing shipped one leaves the stream its default wheel.
+bool Load_Layouts(const Options& options, Box_Config& config, std::string& error) {
+    const std::string path = options.ini_path.empty() ? Shipped_File(Default_Ini_Name) : options.ini_path;
+    if (path.empty()) return true;
+    config.hs.layouts = Load_Engine_Layouts(path, error);
+    return !config.hs.layouts.empty() || options.ini_path.empty();
+}
+
 // The images the box starts with; false with `error` set when a named file is bad.
 bool Load_Images(const Options& options, Box_Config& config, std::string& error) {
     std::string path = options.image_path;
-    if (path.empty()) {
-        const std::string dir = Executable_Dir();
-        for (const std::string& candidate :
-             {dir + "/" + Default_Settings_Name, dir + "/../share/quorlen/" + Default_Settings_Name}) {
-            if (Exists(candidate)) {
-                path = candidate;
-                break;
-            }
-        }
-    }
+    if (path.empty()) path = Shipped_File(Default_Settings_Name);
     if (path.empty()) {
         config.image.fill(0);
         config.image[Dataset_Byte] =
@@ -164,7 +174,8 @@ class Line {
 public:
     Line(const Options& options, Box& box, Pty& pty, Trace& trace)
         : box_(box), pty_(pty), trace_(trace), faults_(options.line_faults),
-          char_time_(options.wire_baud > 0 ? Time(10'000'000'000LL / options.wire_baud) : Time::zero()) {}
+          char_time_(options.wire_baud > 0 ? Time(10'000'000'000LL / options.wire_baud) : Time::zero()),
+          wire_baud_(options.wire_baud) {}
 
     void Serve(const sigset_t& wait_mask) {
         char buffer[4096];
@@ -229,7 +240,11 @@ private:
             due += input_.front().second;
             input_.pop_front();
         }
-        if (!due.empty()) Queue(box_.Receive(due, now), now);
+        if (due.empty()) return;
+        // The box runs at the speed of its line: the paced one, else the one the program set.
+        const long baud = wire_baud_ > 0 ? wire_baud_ : Terminal_Baud(pty_.slave);
+        if (baud > 0) box_.Set_Line_Baud(baud);
+        Queue(box_.Receive(due, now), now);
     }
 
     void Queue(const std::string& out, Time now) {
@@ -288,6 +303,7 @@ private:
     Trace& trace_;
     Line_Faults faults_;
     Time char_time_;
+    long wire_baud_;
     std::deque<std::pair<Time, char>> input_;
     std::deque<Chunk> output_;
     Time input_free_{};
@@ -309,7 +325,7 @@ int Run(int argc, char** argv) {
     }
 
     Box_Config config = options->box;
-    if (!Load_Images(*options, config, error)) {
+    if (!Load_Images(*options, config, error) || !Load_Layouts(*options, config, error)) {
         std::cerr << "boxsim: " << error << "\n";
         return 2;
     }

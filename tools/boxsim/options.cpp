@@ -42,6 +42,14 @@ bool Parse_Counters(const std::string& text, std::vector<std::pair<int, int>>& i
     return true;
 }
 
+bool Check_Wheel(const std::string& text, std::string& error) {
+    if (Parse_Wheel(text).positions == 0) {
+        error = "--hs-wheel wants teeth and missing teeth, e.g. 36-1 or 60-2";
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::string Usage() {
@@ -63,11 +71,21 @@ std::string Usage() {
                "it\n"
                "  --engine-running       the engine runs (bit 0 of the status value)\n"
                "  --no-status-value      older banner: the Status line ends after its three flags\n"
+               "  --banner-pad N         pad the banner before its mode line to N characters with\n"
+               "                         the echo (default: as long as its lines, some 100)\n"
                "  --bootloader           start in the boot loader; \"g\" leaves it\n"
                "  --i2c-timeouts N       the first N banners carry \"I2C TIME OUT 2\"\n"
                "  --errors A=V,...       master error counters (A 1011..1022; V decimal or 0x..)\n"
                "  --slave-errors A=V,... the slave's error counters\n"
                "  --wire-baud N          pace both directions like a line of N baud (10 bits a character)\n"
+               "  --hs-rpm N             engine speed of the high-speed stream (\"d\"), 1..20000 (default "
+               "300)\n"
+               "  --hs-wheel N-M         crank wheel of that stream, e.g. 60-2 (default: the wheel of the\n"
+               "                         image's engine layout in the configuration file; a layout\n"
+               "                         without a cam sensor still gets a cam pulse every two turns)\n"
+               "  --hs-pwm-hz N          frequency of PWM 1 in that stream (default 25)\n"
+               "  --ini FILE             configuration file with the Engine_Config rows (default: the\n"
+               "                         shipped RZ400_800M3.ini)\n"
                "  --trace FILE           log every character in and out: seconds since start,\n"
                "                         \"in\" (to the box), \"out\" (from it) or \"fault\", then the text\n"
                "  --fault KIND[@N]       inject a fault, see below\n"
@@ -146,6 +164,9 @@ std::optional<Options> Parse_Options(const std::vector<std::string>& args, std::
             ok = flag(o.box.smartcard);
         } else if (name == "--engine-running") {
             ok = flag(o.box.engine_running);
+        } else if (name == "--banner-pad") {
+            ok = number(n, 0, 4096);
+            o.box.banner_pad = static_cast<std::size_t>(n);
         } else if (name == "--no-status-value") {
             bool off = false;
             ok = flag(off);
@@ -161,6 +182,16 @@ std::optional<Options> Parse_Options(const std::vector<std::string>& args, std::
             ok = value(text) && Parse_Counters(text, o.slave_errors, error);
         } else if (name == "--wire-baud") {
             ok = number(o.wire_baud, 50, 10000000);
+        } else if (name == "--hs-rpm") {
+            ok = number(n, 1, 20000);
+            o.box.hs.rpm = static_cast<double>(n);
+        } else if (name == "--hs-wheel") {
+            ok = value(o.box.hs.wheel) && Check_Wheel(o.box.hs.wheel, error);
+        } else if (name == "--hs-pwm-hz") {
+            ok = number(n, 0, 10000);
+            o.box.hs.pwm_hz = static_cast<double>(n);
+        } else if (name == "--ini") {
+            ok = value(o.ini_path);
         } else if (name == "--fault") {
             ok = value(text) && Add_Fault(text, o.box_faults, o.line_faults, error);
         } else if (name == "--help" || name == "-h") {

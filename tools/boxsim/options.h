@@ -15,6 +15,7 @@ struct Options {
     std::string image_path; // empty: the shipped default settings
     std::string image_out;
     std::string trace;
+    std::string ini_path; // empty: the shipped configuration file, for the engine layouts
     bool slave = false;
     std::string slave_path;                  // empty: a copy of the master with the slave mark set
     std::vector<std::pair<int, int>> errors; // counter address, value

@@ -158,4 +158,16 @@ bool Qt_Serial_Line::Wait_For_Input(double seconds) {
     return got;
 }
 
+Line_Losses Qt_Serial_Line::Losses() {
+    Line_Losses losses;
+    if (!port_->isOpen()) return losses;
+    // Counted since the driver loaded; the caller compares two looks, so the origin is moot.
+    serial_icounter_struct counts{};
+    if (ioctl(static_cast<int>(port_->handle()), TIOCGICOUNT, &counts) == 0) {
+        losses.overrun = counts.overrun;
+        losses.buffer_overrun = counts.buf_overrun;
+    }
+    return losses;
+}
+
 } // namespace quorlen

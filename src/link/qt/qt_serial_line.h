@@ -28,6 +28,7 @@ public:
     std::string Read_All() override;
     void Write(std::string_view bytes) override;
     bool Wait_For_Input(double seconds) override;
+    Line_Losses Losses() override;
 
     // The driver was asked for low latency and agreed (a USB adapter's latency timer);
     // false on a pseudo-terminal, which has none.
