@@ -5,6 +5,7 @@
 #include "cli/chart_commands.h"
 #include "cli/edit_command.h"
 #include "cli/engine_commands.h"
+#include "cli/generate_commands.h"
 #include "cli/hslog_commands.h"
 #include "cli/link_commands.h"
 #include "cli/log_commands.h"
@@ -37,7 +38,7 @@ const char* const Usage =
     "                     it answered, 2 when not, 1 when the port can't be opened (and "
     "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_SETTINGS_USAGE
         QUORLEN_CLI_LOG_USAGE QUORLEN_CLI_CHART_USAGE QUORLEN_CLI_HSLOG_USAGE QUORLEN_CLI_ENGINE_USAGE
-            QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_SUMMARY_USAGE QUORLEN_CLI_CARD_USAGE "\n"
+            QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_GENERATE_USAGE QUORLEN_CLI_SUMMARY_USAGE QUORLEN_CLI_CARD_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -112,6 +113,7 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "crank") return Crank_Command(args, out, err);
     if (command == "engine") return Engine_Command(args, out, err);
     if (command == "preset") return Preset_Command(args, out, err);
+    if (command == "generate") return Generate_Command(args, out, err);
     if (command == "summary") return Summary_Command(args, out, err);
     if (command == "log-chart") return Log_Chart_Command(args, out, err);
     if (command == "card-check") return Card_Check_Command(args, out, err);

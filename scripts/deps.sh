@@ -11,6 +11,7 @@ packages=(
     clang-format
     pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
     unrtf
+    fonts-dejavu-core
 )
 if [ "${1:-}" = fuzz ]; then
     packages+=(clang libclang-rt-14-dev)

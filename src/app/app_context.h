@@ -2,6 +2,7 @@
 // All program-wide state of one run, grouped by concern. The main window owns one; tests and
 // the command-line tool build their own.
 
+#include "autosetup/auto_setup.h"
 #include "cards/card_state.h"
 #include "core/debug_log.h"
 #include "core/ini_file.h"
@@ -51,6 +52,7 @@ struct App_Context {
     Preset_Table PresetList;
     int User_Preset = 0;
     Prefs_State prefs;
+    Auto_Setup_State autosetup;
     Ini_File ini{"", ""};
     // The log on show (and the one being recorded) with its settings: the log window binds to
     // it, and every window that studies the log reads it here. Held apart: the two row arrays
@@ -63,6 +65,9 @@ struct App_Context {
     Analog_Context Analog() { return {sensors, image, ini, texts, log}; }
     Tables_Context Tables(User_Dialogs& dialogs) { return {image, sensors, tables, log, dialogs, undo}; }
     Pages_Context Pages() { return {image, sensors, pages, engine, undo, ini, log}; }
+    Auto_Setup_Context Auto_Setup(User_Dialogs& dialogs) {
+        return {autosetup, Tables(dialogs), undo, engine};
+    }
 };
 
 } // namespace quorlen

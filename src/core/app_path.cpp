@@ -18,12 +18,14 @@ std::vector<std::string> Seed_Data_Folder(const std::string& from, const std::st
     std::vector<std::string> copied;
     std::error_code ec;
     fs::create_directories(to, ec);
-    for (fs::directory_iterator it(from, ec), end; !ec && it != end; it.increment(ec)) {
+    for (fs::recursive_directory_iterator it(from, ec), end; !ec && it != end; it.increment(ec)) {
         if (!it->is_regular_file(ec)) continue;
-        fs::path target = fs::path(to) / it->path().filename();
+        const fs::path relative = it->path().lexically_relative(from);
+        const fs::path target = fs::path(to) / relative;
         if (fs::exists(target, ec)) continue;
         std::error_code copy_ec;
-        if (fs::copy_file(it->path(), target, copy_ec)) copied.push_back(it->path().filename().string());
+        fs::create_directories(target.parent_path(), copy_ec);
+        if (fs::copy_file(it->path(), target, copy_ec)) copied.push_back(relative.generic_string());
     }
     return copied;
 }

@@ -23,8 +23,9 @@ inline constexpr const char* App_Data_Marker = "RZ400_800M3_Default_Settings.qxs
 // exactly one "/".
 std::string Resolve_App_Path(const App_Path_Inputs& in);
 
-// Copies every regular file of `from` that `to` does not have yet (never overwrites a file
-// the user may have changed). Returns the names copied.
+// Copies every regular file of `from` and its folders (the base maps, the manual) that `to`
+// does not have yet, never overwriting a file the user may have changed. Returns the paths
+// copied, relative to `from`.
 std::vector<std::string> Seed_Data_Folder(const std::string& from, const std::string& to);
 
 // Appends "/" when missing and folds trailing repeats to one.

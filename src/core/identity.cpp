@@ -14,7 +14,7 @@ void Set_Program_Identity(Program_State& state, int brand) {
         state.Product_Title = "RZ400/RZ800M3 Interface Software";
         state.Company_Line = "Velmora Engine Electronics";
         state.Ini_File_Name = "RZ400_800M3.ini";
-        state.Manual_Link = "Manual/RZ400_800M3v3_Manual.pdf";
+        state.Manual_Link = "Manual/RZ400_800M3_Manual.pdf";
         state.Web_Link = "https://www.velmora-engine.example";
         state.Help_wwwlink_Caption = "Goto www.velmora-engine.example";
     }

@@ -13,6 +13,7 @@
 #include "ui/link_panel.h"
 #include "ui/map_tabs.h"
 #include "ui/qx_3dmap.h"
+#include "ui/qx_autosetup_frm.h"
 #include "ui/qx_debug.h"
 #include "ui/qx_prefs.h"
 #include "ui/qx_rpm.h"
@@ -41,6 +42,8 @@
 #include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <filesystem>
 
 #ifndef QUORLEN_VERSION
 #define QUORLEN_VERSION "0.0.0"
@@ -113,6 +116,7 @@ BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options
     dialogs_ = std::make_unique<Qt_User_Dialogs>(this, "Quorlen");
     dialogs_->Set_Unattended(options_.unattended);
     active_dialogs_ = dialogs_.get();
+    open_url_ = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     Build_Window();
 }
 
@@ -152,6 +156,7 @@ void BoostProgMain::Build_Menus() {
     QMenu* settings = menuBar()->addMenu("&Settings");
     settings->setObjectName("Settings_menu");
     action(settings, "mnu_Settings", "&Engine settings...", [this] { Show_Settings(); });
+    action(settings, "mnu_AutoSetup", "&Auto Setup...", [this] { Show_AutoSetup(); });
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
 
     QMenu* view = menuBar()->addMenu("&View");
@@ -296,6 +301,7 @@ void BoostProgMain::Build_Window() {
                         "Cylinder trim", "Auto fuel"});
     SSTab_PWM_ = Tabs(sstab_Main_, "SSTab_PWM", {"PWM 1", "PWM1 comp.", "PWM 2", "PWM 3", "PWM 4"});
     Build_Map_Tabs();
+    Build_Auto_Fuel_Tab();
     sstab_Main_->addTab(SSTab_Ignition_, "Ignition");
     sstab_Main_->addTab(SSTab_Fuel_, "Fuel");
     sstab_Main_->addTab(SSTab_PWM_, "PWM");
@@ -477,9 +483,11 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
+    } else if (name == "QX_AutoSetup_frm") {
+        form = Make_AutoSetup_Form();
     } else if (name == "Autoguide_startup_Dialog") {
         form = new Autoguide_startup_Dialog(
-            app_, this, [] {},
+            app_, this, [this] { Show_AutoSetup(); },
             [this](int index) {
                 Autoguide_Click(app_, index);
                 if (Form_Exists("QX_prefs"))
@@ -675,12 +683,22 @@ void BoostProgMain::Show_Settings(int index) {
 }
 
 void BoostProgMain::Help_Quorlen_Click() {
-    QDesktopServices::openUrl(
-        QUrl::fromLocalFile(QString::fromStdString(app_.program.App_Path + app_.program.Manual_Link)));
+    Open_Manual();
+}
+
+void BoostProgMain::Open_Manual() {
+    const std::string path = app_.program.App_Path + app_.program.Manual_Link;
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) {
+        active_dialogs_->Inform("The manual is not where the program looks for it:\n" + path);
+        return;
+    }
+    if (!open_url_(QUrl::fromLocalFile(QString::fromStdString(path))))
+        active_dialogs_->Inform("The desktop has no viewer for the manual:\n" + path);
 }
 
 void BoostProgMain::Help_wwwlink_Click() {
-    QDesktopServices::openUrl(QUrl(QString::fromStdString(app_.program.Web_Link)));
+    open_url_(QUrl(QString::fromStdString(app_.program.Web_Link)));
 }
 
 void BoostProgMain::Help_About_Click() {

@@ -11,7 +11,9 @@
 
 #include <QMainWindow>
 #include <QPointer>
+#include <QUrl>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -47,6 +49,8 @@ public:
     User_Dialogs& Dialogs() { return *dialogs_; }
     // Tests put their scripted answers here.
     void Use_Dialogs(User_Dialogs* dialogs) { active_dialogs_ = dialogs; }
+    // How a file or a web address is handed to the desktop; tests catch it here.
+    void Use_Url_Opener(std::function<bool(const QUrl&)> open) { open_url_ = std::move(open); }
 
     void Form_Load();
     void Form_Activate();
@@ -63,9 +67,15 @@ public:
     void Help_Quorlen_Click();
     void Help_wwwlink_Click();
     void Help_About_Click();
+    // The manual (Manual_Link beside the program) in the desktop's viewer, or a word on why not.
+    void Open_Manual();
     void Show_Prefs();
     // The settings form, on its last tab or on tab `index`.
     void Show_Settings(int index = -1);
+    // The auto setup guide where it stands, or at `step`.
+    void Show_AutoSetup(int step = 0);
+    // sstab_Main on `tab`, and the Ignition or Fuel tabs under it on `sub_tab`.
+    void Show_Main_Tab(int tab, int sub_tab);
 
     // Refreshes every view from the image (boost_prog_main_tables.cpp).
     void Update_All();
@@ -179,6 +189,8 @@ private:
     QWidget* Make_HS_Log_Window();
     QWidget* Make_Crank_View();
     QWidget* Make_Setting_Summary_Window();
+    QWidget* Make_AutoSetup_Form();
+    void Build_Auto_Fuel_Tab();
     void Build_Log_Window();
     // The settings form if it has been made, else null.
     class QX_settings* Settings_Form_If_Made();
@@ -187,6 +199,7 @@ private:
     Start_Options options_;
     std::unique_ptr<Qt_User_Dialogs> dialogs_;
     User_Dialogs* active_dialogs_ = nullptr;
+    std::function<bool(const QUrl&)> open_url_;
     std::map<std::string, QPointer<QWidget>> forms_;
     std::unique_ptr<frmSplash> splash_;
     bool UpdateBusy_ = false;

@@ -4,6 +4,7 @@
 #include "ui/boost_prog_main.h"
 
 #include "ui/map_tabs.h"
+#include "ui/qx_autosetup_frm.h"
 #include "ui/qx_settings.h"
 
 #include "app/tune_tools.h"
@@ -34,6 +35,8 @@ void BoostProgMain::Update_All() {
     Engine_Config_Follow_Image(app_.engine, app_.image);
     Show_Fuel_Mode();
     Undo_Menu_Follows();
+    if (Form_Exists("QX_AutoSetup_frm"))
+        static_cast<QX_AutoSetup_frm*>(Form("QX_AutoSetup_frm"))->Follow_Image();
     // A hidden settings form catches up when it is shown.
     if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
         settings->Update_Settings();

@@ -1,3 +1,4 @@
+#include "core/app_path.h"
 #include "core/atomic_file.h"
 #include "core/debug_log.h"
 #include "core/ini_file.h"
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -184,6 +186,18 @@ TEST(WindowSize, RoundTripAndTheThreeStates) {
     EXPECT_FALSE(Window_Size_To_Save(Window_Size{1, 1, 1, 1, 1}, "012000\t9000\t300\t200\t;"));
     EXPECT_FALSE(Parse_Window_Size("0abc\t"));
     EXPECT_FALSE(Parse_Window_Size("04294967296\t9000\t300\t200\t;"));
+}
+
+TEST(AppPath, SeedingCopiesTheShippedFoldersAndKeepsTheUsersFiles) {
+    test::Temp_Dir installed, user;
+    std::filesystem::create_directories(installed.File("Basemaps"));
+    test::Write_File(installed.File("RZ400_800M3.ini"), "shipped");
+    test::Write_File(installed.File("Basemaps/2.0L_4cyl_Turbo.qxs"), "map");
+    test::Write_File(user.File("RZ400_800M3.ini"), "mine");
+    auto copied = Seed_Data_Folder(installed.Slash(), user.Slash());
+    EXPECT_EQ(copied, std::vector<std::string>{"Basemaps/2.0L_4cyl_Turbo.qxs"});
+    EXPECT_EQ(test::Read_File(user.File("Basemaps/2.0L_4cyl_Turbo.qxs")), "map");
+    EXPECT_EQ(test::Read_File(user.File("RZ400_800M3.ini")), "mine");
 }
 
 } // namespace
