@@ -300,7 +300,7 @@ public:
             comment += line;
         }
         app_.texts.txt_File_Description = comment;
-        Settings_File_Context files{app_.program, app_.texts, app_.files, app_.image,
+        Settings_File_Context files{app_.program, app_.texts, app_.files, app_.image, app_.undo,
                                     app_.ini,     app_.log,   dialogs_,   {}};
         Save_Settings_File(files, out_dir + "/" + e.file);
     }
