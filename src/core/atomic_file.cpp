@@ -76,14 +76,26 @@ void Replace_File_Atomically(const std::string& path, std::string_view content) 
 }
 
 std::string Read_Whole_File(const std::string& path) {
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) throw errors::File_Not_Found();
+    // Opened without waiting, so a named pipe with no writer can't hold the program; only a
+    // regular file is read, as a folder would read as nothing and a device without end.
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) throw errors::File_Not_Found();
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        throw errors::Path_File_Access_Error();
+    }
     std::string content;
     char buffer[65536];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-        content.append(buffer, n);
-    std::fclose(f);
+    for (;;) {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n > 0) {
+            content.append(buffer, static_cast<std::size_t>(n));
+        } else if (n == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    ::close(fd);
     return content;
 }
 

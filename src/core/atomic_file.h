@@ -17,7 +17,8 @@ void Replace_File_Atomically(const std::string& path, std::string_view content, 
 // Same, with a temporary name of its own beside `path`.
 void Replace_File_Atomically(const std::string& path, std::string_view content);
 
-// The whole file as bytes; throws Run_Error (File not found) when it cannot be opened.
+// The whole file as bytes; throws Run_Error: "File not found" when it cannot be opened,
+// "Path/File access error" when it is no regular file (a folder, a pipe, a device).
 std::string Read_Whole_File(const std::string& path);
 
 bool File_Exists(const std::string& path);

@@ -1,12 +1,13 @@
 // The configuration file as the program reads it at start: port, folders, sensors, presets,
-// language, link speed, auto start, the analogue inputs, the engine layouts and the window
-// sizes; then the rewrites the preferences make.
+// language, link speed, auto start, the analogue inputs, the engine layouts (and the wheels the
+// crank viewer draws of them) and the window sizes; then the rewrites the preferences make.
 
 #include "app/startup.h"
 #include "app/tune_tools.h"
 #include "core/atomic_file.h"
 #include "core/window_size.h"
 #include "fuzz_support.h"
+#include "hslog/crank_view.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -54,6 +55,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             // Division by zero and overflow are for the caller's guard, as the program has them.
         }
         Take_Engine_Row(app.engine, row);
+    }
+    // The crank viewer draws the wheel of each layout, with the mark-teeth byte at both ends.
+    for (int layout = 0; layout < Engine_Combo_Count; ++layout) {
+        Wheel_Layout_For(layouts, layout, 0);
+        Wheel_Layout_For(layouts, layout, 255);
     }
     for (const char* key : {"Main_Window_Size", "Display_Window_Size", "Log_Window_Size"}) {
         const std::string saved = app.ini.Read_Ini(key);

@@ -11,6 +11,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -107,6 +108,23 @@ TEST(IniFile, FailedWriteLeavesTheOldFileWhole) {
 }
 
 // A writer killed at any moment leaves the old or the new file, never a part of either.
+TEST(ReadWholeFile, OnlyARegularFileIsReadAndNothingWaitsOnAPipe) {
+    Temp_Dir dir;
+    Write_File(dir.File("a.txt"), std::string("a\0b", 3));
+    EXPECT_EQ(Read_Whole_File(dir.File("a.txt")), std::string("a\0b", 3));
+    const std::string pipe = dir.File("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& path : {pipe, dir.File(""), std::string("/dev/zero")}) {
+        try {
+            Read_Whole_File(path);
+            ADD_FAILURE() << path << " was read";
+        } catch (const Run_Error& e) {
+            EXPECT_EQ(e.number(), 75) << path;
+        }
+    }
+    EXPECT_THROW(Read_Whole_File(dir.File("none")), Run_Error);
+}
+
 TEST(AtomicReplace, KilledWriterLeavesOldOrNewFileWhole) {
     Temp_Dir dir;
     const std::string path = dir.File("tune.qxs");
