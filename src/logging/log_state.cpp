@@ -40,7 +40,15 @@ double Log_Array::operator()(int row, int column) const {
 
 const double* Log_Array::Row(int row) const {
     if (row < 0 || row > Log_Row_Limit) throw errors::Subscript_Out_Of_Range();
-    return values_.data() + static_cast<std::size_t>(row * Log_Data_Columns);
+    const auto at = static_cast<std::size_t>(row * Log_Data_Columns);
+    if (at + Log_Data_Columns <= values_.size()) return values_.data() + at;
+    // A row past the last one written reads as empty, as every cell of it does.
+    static const auto empty = [] {
+        std::array<double, Log_Data_Columns> cells;
+        cells.fill(Empty_Cell);
+        return cells;
+    }();
+    return empty.data();
 }
 
 double Log_Array::Num(int row, int column) const {

@@ -36,7 +36,7 @@ public:
     double operator()(int row, int column) const;
     // The value as arithmetic takes it: an empty cell counts as 0.
     double Num(int row, int column) const;
-    // The 75 cells of a row, for loops that walk many rows.
+    // The 75 cells of a row, for loops that walk many rows; a row's own, so walk row by row.
     const double* Row(int row) const;
     std::string& Name(int column);
     const std::string& Name(int column) const;
