@@ -123,7 +123,11 @@ TEST_F(Show, AnIniThatIsNotThereIsAnErrorNotARunWithoutSensors) {
     for (const std::string& bad : {dir.File("none.ini"), dir.Path().string()}) {
         for (const std::vector<std::string>& args :
              {std::vector<std::string>{"show", file, "--table", "fuel", "--ini", bad},
-              {"edit", file, "-o", dir.File("out.qxs"), "--ini", bad, "--op", "fuel", "1,1", "=5"}}) {
+              {"edit", file, "-o", dir.File("out.qxs"), "--ini", bad, "--op", "fuel", "1,1", "=5"},
+              {"settings", file, "--ini", bad},
+              {"summary", file, "--ini", bad},
+              {"generate", file, "-o", dir.File("out.qxs"), "--ini", bad},
+              {"crank", file, "--ini", bad}}) {
             test::Cli_Result r = Cli(args);
             EXPECT_EQ(r.code, 1) << args[0] << " " << bad;
             EXPECT_EQ(r.out, "");
