@@ -10,8 +10,10 @@
 #include "cli/link_commands.h"
 #include "cli/log_commands.h"
 #include "cli/rw_commands.h"
+#include "cli/sensor_commands.h"
 #include "cli/settings_commands.h"
 #include "cli/summary_commands.h"
+#include "cli/transform_commands.h"
 
 #include "files/settings_files.h"
 #include "image/settings_image.h"
@@ -38,7 +40,8 @@ const char* const Usage =
     "                     it answered, 2 when not, 1 when the port can't be opened (and "
     "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_SETTINGS_USAGE
         QUORLEN_CLI_LOG_USAGE QUORLEN_CLI_CHART_USAGE QUORLEN_CLI_HSLOG_USAGE QUORLEN_CLI_ENGINE_USAGE
-            QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_GENERATE_USAGE QUORLEN_CLI_SUMMARY_USAGE QUORLEN_CLI_CARD_USAGE "\n"
+            QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_GENERATE_USAGE QUORLEN_CLI_SUMMARY_USAGE
+                QUORLEN_CLI_CARD_USAGE QUORLEN_CLI_SENSOR_USAGE QUORLEN_CLI_TRANSFORM_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -122,6 +125,8 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "pcsc-list") return Pcsc_List_Command(args, out, err);
     if (command == "pcsc-read") return Pcsc_Read_Command(args, out, err);
     if (command == "pcsc-write") return Pcsc_Write_Command(args, out, err);
+    if (command == "sensor") return Sensor_Command(args, out, err);
+    if (command == "transform") return Transform_Command(args, out, err);
     std::fprintf(err, "quorlen-cli: unknown command '%s'\n\n%s", command.c_str(), Usage);
     return 2;
 }

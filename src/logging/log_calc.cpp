@@ -359,4 +359,17 @@ void RPM2_Filter4(Log_Array& data, int L, int n, int source, int target) {
         data(r, target) = data(n + 1, target);
 }
 
+std::optional<int> Live_Raw_Input(const Log_State& log, int input) {
+    const Log_Columns& c = log.columns;
+    const int column = input == 1   ? c.Col_AD1_Bin
+                       : input == 2 ? c.Col_AD2_Bin
+                       : input == 3 ? c.Col_AD3_Bin
+                                    : -1;
+    const int r = log.capture.Log_Row_Count;
+    if (column < 1 || r < 1 || r > Log_Row_Limit) return std::nullopt;
+    const double v = log.Log_Data(r, column);
+    if (Log_Array::Empty(v)) return std::nullopt;
+    return static_cast<int>(v);
+}
+
 } // namespace quorlen

@@ -5,6 +5,7 @@
 
 #include "logging/log_context.h"
 
+#include <optional>
 #include <string_view>
 
 namespace quorlen {
@@ -16,6 +17,10 @@ void Read_Car_Values(Log_State& log, bool extended);
 // One row into `data`. Row 0 writes the signal names, prepares the sensors and reads the car
 // constants; later rows need it to have run once.
 void Calculate_Data(Log_Context& ctx, std::string_view row, int r, Log_Array& data);
+
+// The raw reading of analogue input 1..3 in the newest row of the running log, from its copy
+// in the ADn_BIN column; nullopt before the first row, and for an input without a copy.
+std::optional<int> Live_Raw_Input(const Log_State& log, int input);
 
 // Power, acceleration and the rest over rows 1 to `last_row`, after a file is read.
 void Calculate_Extended_Signals(Log_Context& ctx, Log_Array& data, int last_row);

@@ -405,6 +405,9 @@ void AN_Combo_Click(Analog_Context& ctx, int input, int list_index, const Analog
         if (ctx.image.CardByte[a] != n) ctx.image.ChangedByte[a] = Changed_Mark;
         ctx.image.CardByte[a] = static_cast<std::uint8_t>(n);
     });
+    guard.Step([&] {
+        if (hooks.Keep_Physical_sensorvalue) hooks.Keep_Physical_sensorvalue(input);
+    });
     for (const auto& hook : {hooks.Update_Tabs, hooks.Update_All, hooks.Update_scroll_change})
         guard.Step([&] {
             if (hook) hook();

@@ -158,6 +158,9 @@ struct Analog_Hooks {
     std::function<void()> Update_Tabs;
     std::function<void()> Update_All;
     std::function<void()> Update_scroll_change;
+    // Parameters measured on the input keep their physical value under the new sensor; runs
+    // before the others.
+    std::function<void(int input)> Keep_Physical_sensorvalue;
 };
 
 // An_Sel from the keys "an_sel1" to "an_sel12", unchecked.

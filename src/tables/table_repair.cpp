@@ -33,10 +33,15 @@ bool Read_Axis_Steps(Settings_Image& image, Repair_Axis axis, int first_step, in
                      User_Dialogs& dialogs) {
     bool AxisRepaired = false;
     int sum = 0;
+    // The first step of a main map's axis is where the axis starts, not a spacing the box
+    // shifts by: the throttle calibration and the step buttons set it to any value.
+    const bool offset_first = axis != Repair_Axis::Pwm2_Fuel;
     for (int i = 0; i < count; ++i) {
         auto a = static_cast<std::size_t>(Checked_Address(first_step + i));
         std::uint8_t b = image.CardByte[a];
-        if (b != 0) {
+        if (i == 0 && offset_first) {
+            sum = b;
+        } else if (b != 0) {
             std::uint8_t mended = Power_Of_Two_Step(b);
             if (mended != b) {
                 AxisRepaired = true;

@@ -23,8 +23,8 @@ std::uint8_t Power_Of_Two_Step(std::uint8_t b);
 
 // Reads the steps of one axis in order: each is mended in the image (and marked changed)
 // when it is out of rule, and the running sums, saturating at 255, go to `sums` (count
-// entries). At the end one message for the axis when anything was mended. Returns whether
-// it was.
+// entries). The first step of a main map's axis is an offset and may hold any value. At the
+// end one message for the axis when anything was mended. Returns whether it was.
 bool Read_Axis_Steps(Settings_Image& image, Repair_Axis axis, int first_step, int count, int* sums,
                      User_Dialogs& dialogs);
 

@@ -158,6 +158,9 @@ void BoostProgMain::Build_Menus() {
     action(settings, "mnu_Settings", "&Engine settings...", [this] { Show_Settings(); });
     action(settings, "mnu_AutoSetup", "&Auto Setup...", [this] { Show_AutoSetup(); });
     action(settings, "mnu_Prefs", "&PC settings...", &BoostProgMain::Show_Prefs);
+    settings->addSeparator();
+    action(settings, "mnu_Sensor_Editor", "&Sensor viewer...", &BoostProgMain::mnu_Sensor_Editor_Click);
+    action(settings, "mnu_Transform_3D", "&Map size conversion...", &BoostProgMain::mnu_Transform_3D_Click);
 
     QMenu* view = menuBar()->addMenu("&View");
     view->setObjectName("View_menu");
@@ -469,6 +472,7 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         hooks.Update_Tabs = [this] { Update_Tabs(); };
         hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
         hooks.Clear_Err_Counters = [this] { Clear_Err_Counters_cmd_Click(); };
+        hooks.Show_Transform_3D = [this](int head) { Show_Transform_3D(head); };
         form = new QX_settings(app_, std::move(hooks), this);
     } else if (name == "QX_Log") {
         form = Make_Log_Window();
@@ -483,6 +487,10 @@ QWidget* BoostProgMain::Form(const std::string& name) {
             app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);
     } else if (name == "frm_TodosII") {
         form = Make_Todos_Form();
+    } else if (name == "QX_Sensor_Editor") {
+        form = Make_Sensor_Editor();
+    } else if (name == "QX_Transform_3D") {
+        form = Make_Transform_3D();
     } else if (name == "QX_AutoSetup_frm") {
         form = Make_AutoSetup_Form();
     } else if (name == "Autoguide_startup_Dialog") {
@@ -643,15 +651,17 @@ void BoostProgMain::File_save_as_Click() {
 }
 
 // After a step back or forth the next digit starts a new number, as after a move of the
-// cursor: it must not go on with a number the image no longer shows.
+// cursor: it must not go on with a number the image no longer shows. The step may bring back
+// another sensor on an input or another load on a map, so the inputs and the tabs follow the
+// image before the maps are drawn through them.
 void BoostProgMain::edit_undo_Click() {
-    quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    quorlen::edit_undo_Click(app_.undo, app_.image, [this] { Analog_Follows_Image(); });
     Grid_RowColChange(app_.tables);
     Undo_Menu_Follows();
 }
 
 void BoostProgMain::edit_redo_Click() {
-    quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Update_All(); });
+    quorlen::edit_redo_Click(app_.undo, app_.image, [this] { Analog_Follows_Image(); });
     Grid_RowColChange(app_.tables);
     Undo_Menu_Follows();
 }

@@ -72,6 +72,10 @@ public:
     void Show_Prefs();
     // The settings form, on its last tab or on tab `index`.
     void Show_Settings(int index = -1);
+    // The sensor viewer and the map size conversion (boost_prog_main_sensors.cpp).
+    void mnu_Sensor_Editor_Click();
+    void mnu_Transform_3D_Click();
+    void Show_Transform_3D(int head); // 0 the fuel map's page, 1 the ignition map's
     // The auto setup guide where it stands, or at `step`.
     void Show_AutoSetup(int step = 0);
     // sstab_Main on `tab`, and the Ignition or Fuel tabs under it on `sub_tab`.
@@ -188,6 +192,10 @@ private:
     QWidget* Make_Log_Window();
     QWidget* Make_HS_Log_Window();
     QWidget* Make_Crank_View();
+    QWidget* Make_Sensor_Editor();
+    QWidget* Make_Transform_3D();
+    // The open sensor viewer and size conversion follow the image.
+    void Refresh_Sensor_Forms();
     QWidget* Make_Setting_Summary_Window();
     QWidget* Make_AutoSetup_Form();
     void Build_Auto_Fuel_Tab();

@@ -23,6 +23,7 @@ void BoostProgMain::Build_Map_Tabs() {
     hooks.Show_Right_Tabs = [this] { Show_Right_Tabs(); };
     hooks.Form = [this](const std::string& name) { return Form(name); };
     hooks.Form_Exists = [this](const std::string& name) { return Form_Exists(name); };
+    hooks.Show_Transform_3D = [this](int head) { Show_Transform_3D(head); };
     map_tabs_ = new Map_Tabs(app_, std::move(hooks), SSTab_Ignition_, SSTab_Fuel_, SSTab_PWM_, this);
 }
 
@@ -41,6 +42,7 @@ void BoostProgMain::Update_All() {
     if (QX_settings* settings = Settings_Form_If_Made(); settings != nullptr && settings->isVisible())
         settings->Update_Settings();
     Refresh_Crank_View();
+    Refresh_Sensor_Forms();
     UpdateBusy_ = false;
 }
 

@@ -1,5 +1,6 @@
 #include "ui/map_tabs.h"
 
+#include "engine/axis_transform.h"
 #include "image/scaling.h"
 #include "tables/cell_entry.h"
 
@@ -12,6 +13,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineSeries>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QTabWidget>
@@ -210,6 +212,14 @@ QWidget* Map_Tabs::Build_Main_Map(QWidget* page, Table_Id id) {
     combo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     top->addWidget(size_label);
     top->addWidget(combo);
+    // Another size reads the bytes under the new shape: the conversion keeps the map.
+    auto* convert = new QPushButton("Size conversion...", page);
+    convert->setObjectName(fuel ? "Fuel_Transform_3D_cmd" : "Ign_Transform_3D_cmd");
+    convert->setToolTip("Change the size or the axes of this map and convert it, keeping its values");
+    top->addWidget(convert);
+    connect(convert, &QPushButton::clicked, this, [this, fuel] {
+        if (hooks_.Show_Transform_3D) hooks_.Show_Transform_3D(fuel ? 0 : 1);
+    });
     layout->addLayout(top);
     auto* unit = Add_Label(page, fuel ? "Fuel_Load_Header_label" : "Ign_Load_Header_label");
     layout->addWidget(unit);
@@ -229,10 +239,7 @@ QWidget* Map_Tabs::Build_Main_Map(QWidget* page, Table_Id id) {
     connect(combo, &QComboBox::activated, this, [this, fuel](int index) {
         Tables_Context ctx = Context();
         Table_Hooks hooks{hooks_.Update_Tabs, hooks_.Show_Right_Tabs, hooks_.Update_All};
-        if (fuel)
-            FUEL_3D_MAP_Size_Combo_Click(ctx, index, hooks);
-        else
-            Ign_3D_MAP_Size_Combo_Click(ctx, index, hooks);
+        Map_Size_Click(ctx, fuel ? Map_Head::Fuel : Map_Head::Ignition, index, hooks);
     });
     return page;
 }

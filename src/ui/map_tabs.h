@@ -41,6 +41,8 @@ struct Map_Tabs_Hooks {
     std::function<bool(const std::string&)> Form_Exists;
     // Enter on a main map while a log stream holds the port.
     std::function<void()> Write_while_logging;
+    // The map size conversion, on the page of the fuel (0) or the ignition (1) map.
+    std::function<void(int head)> Show_Transform_3D;
 };
 
 class Map_Tabs final : public QObject {

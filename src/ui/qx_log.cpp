@@ -627,6 +627,13 @@ void QX_Log::cmd_Open_Com_Click() {
     if (was_running && !State().capture.Logging_Running) After_Open();
 }
 
+void QX_Log::Log_Sensors_Changed() {
+    Update_Log_Sens_Def(State());
+    Update_Log_Sens_Tab(State());
+    Fill_Signals();
+    Fill_Setup_Signals();
+}
+
 bool QX_Log::Logging() const {
     return app_.log_state->capture.Logging_Running;
 }

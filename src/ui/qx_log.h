@@ -87,6 +87,9 @@ public:
     // The setting summary viewer, showing the settings this log was taken with.
     void Setting_Summary_Click();
     void Log_Picture_File_Save_As_Click();
+    // The log sensors changed (one was stored by the sensor viewer): their section text, the
+    // signals' names and units, and the list follow.
+    void Log_Sensors_Changed();
 
     // The chart and its window of rows.
     void Update_Chart();

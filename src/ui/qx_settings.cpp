@@ -2,6 +2,7 @@
 
 #include "core/proc_guard.h"
 #include "ui/engine_config_box.h"
+#include "ui/map_axes_panel.h"
 #include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
 
@@ -72,6 +73,10 @@ void QX_settings::Update_Settings() {
         Update_Digital_chart();
     });
     guard.Step([&] { Show_Analog_Inputs(); });
+    guard.Step([&] {
+        for (Map_Axes_Panel* axes : axes_)
+            if (axes != nullptr) axes->Refresh();
+    });
     showing_ = false;
 }
 

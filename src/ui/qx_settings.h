@@ -5,6 +5,7 @@
 // the logic of what each shows and does lives in engine/.
 
 #include "app/app_context.h"
+#include "engine/axis_transform.h"
 #include "engine/page_charts.h"
 #include "engine/page_choices.h"
 #include "ui/child_form.h"
@@ -37,6 +38,7 @@ namespace quorlen::ui {
 
 class Engine_Config_Box;
 class Model_Preset_Box;
+class Map_Axes_Panel;
 
 struct QX_settings_Hooks {
     std::function<User_Dialogs&()> Dialogs;
@@ -45,7 +47,9 @@ struct QX_settings_Hooks {
     std::function<void()> Update_Tabs;
     std::function<void()> Show_Right_Tabs;
     // Clears the box's error counters and writes them (the main window's routine).
-    std::function<void()> Clear_Err_Counters;
+    std::function<void()>
+        Clear_Err_Counters; // The map size conversion, on the page of the fuel (0) or the ignition (1) map.
+    std::function<void(int head)> Show_Transform_3D;
 };
 
 class QX_settings final : public Child_Form {
@@ -129,6 +133,7 @@ private:
     Choice& Add_Choice(const Page_Choice& c, QWidget* parent, QGridLayout* grid, int row);
     Chart* Add_Chart(QWidget* parent, const QString& name, const QString& title);
     void Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QVBoxLayout* right);
+    QWidget* Build_Map_Axes(Map_Head head, QWidget* page);
 
     void Choice_Clicked(const Page_Choice& c, int n);
     void Text_Entered(int index);
@@ -167,6 +172,8 @@ private:
     QLabel* Analog_Input_Sensors_ = nullptr;
     Engine_Config_Box* Engine_Config_frame_ = nullptr;
     Model_Preset_Box* Model_preset_frame_ = nullptr;
+    // The shape and axes of the fuel map (Fuel settings) and of the ignition map (Ignition).
+    std::array<Map_Axes_Panel*, 2> axes_{};
     Settings_View view_;
     QString filter_;
     bool showing_ = false; // the program is setting the controls: their signals do nothing

@@ -2,6 +2,7 @@
 // and the charts.
 
 #include "ui/engine_config_box.h"
+#include "ui/map_axes_panel.h"
 #include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
 #include "ui/qx_settings.h"
@@ -393,6 +394,22 @@ void QX_settings::Build_Digital_Outputs(QGroupBox* box) {
     }
 }
 
+QWidget* QX_settings::Build_Map_Axes(Map_Head head, QWidget* page) {
+    const bool fuel = head == Map_Head::Fuel;
+    Map_Axes_Hooks hooks{hooks_.Dialogs, hooks_.Update_Tabs, hooks_.Show_Right_Tabs, hooks_.Update_All};
+    auto* panel = new Map_Axes_Panel(app_, head, std::move(hooks),
+                                     fuel ? "Fuel map size and axes" : "Ignition map size and axes", page);
+    auto* convert = new QPushButton("Size conversion...", panel);
+    convert->setObjectName(fuel ? "Fuel_Transform_3D_cmd" : "Ign_Transform_3D_cmd");
+    convert->setToolTip("Change the size or the axes of the map and convert it, keeping its values");
+    panel->Buttons()->addWidget(convert);
+    connect(convert, &QPushButton::clicked, this, [this, fuel] {
+        if (hooks_.Show_Transform_3D) hooks_.Show_Transform_3D(fuel ? 0 : 1);
+    });
+    axes_[fuel ? 0 : 1] = panel;
+    return panel;
+}
+
 void QX_settings::Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QVBoxLayout* right) {
     auto grid_of = [this](const char* frame) { return static_cast<QGridLayout*>(frames_[frame]->layout()); };
     switch (tab) {
@@ -408,6 +425,10 @@ void QX_settings::Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QV
         Battery_Chart_ = Add_Chart(page, "Battery_Chart", "Battery correction");
         Battery_Chart_->chart->legend()->hide();
         right->addWidget(Battery_Chart_->view);
+        left->addWidget(Build_Map_Axes(Map_Head::Fuel, page));
+        break;
+    case Settings_Tab::Ignition:
+        right->addWidget(Build_Map_Axes(Map_Head::Ignition, page));
         break;
     case Settings_Tab::Digital_Inputs: {
         QGridLayout* dig2 = grid_of("Dig2_frame");

@@ -88,6 +88,11 @@ TEST(CommandLine, ValuesFlagsAndTheOptionalSlaveFile) {
     EXPECT_EQ(o->line_faults.dropped, (std::vector<long>{3}));
     EXPECT_EQ(o->wire_baud, 115200);
 
+    o = Parse({"--link", "p", "--tps-script", "0:30,5:230"}, error);
+    ASSERT_TRUE(o) << error;
+    EXPECT_EQ(o->box.throttle, (Throttle_Script{{0, 30}, {5, 230}}));
+    EXPECT_FALSE(Parse({"--link", "p", "--tps-script", "0:300"}, error));
+
     o = Parse({"--link", "p", "--slave", "s.qxs", "--fault", "bootloader"}, error);
     ASSERT_TRUE(o) << error;
     EXPECT_EQ(o->slave_path, "s.qxs");

@@ -161,5 +161,34 @@ TEST(StreamFaults, PauseLosesTwoSecondsAndBadSumSpoilsOneFrame) {
         EXPECT_EQ(Sum_Is_Right(frames[i]), i != 3) << i;
 }
 
+// A test holds the throttle where it wants it, counted from the start of each stream.
+TEST(ScriptedThrottle, TheThrottleInputReadsTheScriptFromTheStartOfTheStream) {
+    Box_Config config;
+    std::string error;
+    ASSERT_TRUE(Parse_Throttle_Script("5:230,0:30", config.throttle, error)) << error;
+    EXPECT_EQ(Scripted_Throttle(config.throttle, 4.95), 30);
+    EXPECT_EQ(Scripted_Throttle(config.throttle, 5.0), 230);
+    Box box(config);
+    const auto Throttles = [](const std::string& out) {
+        std::set<std::string> seen;
+        for (const auto& row : Lines(out))
+            if (row.rfind('$', 0) == 0) seen.insert(row.substr(7 + 11 * 4, 3));
+        return seen;
+    };
+    box.Receive("La", Time{10s});
+    EXPECT_EQ(Throttles(box.Tick(Time{14s})), std::set<std::string>{"030"});
+    EXPECT_EQ(Throttles(box.Tick(Time{16s})), (std::set<std::string>{"030", "230"}));
+    box.Receive(" ", Time{16s});
+    box.Tick(Time{17s});
+    box.Receive("bL003A", Time{20s}); // a new stream starts the script again
+    const auto frames = Frames(box.Tick(Time{21s}));
+    ASSERT_FALSE(frames.empty());
+    for (const auto& f : frames)
+        EXPECT_EQ(static_cast<std::uint8_t>(f[3 + 13]), 30);
+
+    for (const char* bad : {"", "5", "1:256", "-1:3", "x:3", "1:30,"})
+        EXPECT_FALSE(Parse_Throttle_Script(bad, config.throttle, error)) << bad;
+}
+
 } // namespace
 } // namespace boxsim

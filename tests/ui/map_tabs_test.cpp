@@ -113,7 +113,8 @@ TEST_F(MapTabs, EverySizeOfBothMainMapsRendersWithItsShapeAndFirstCell) {
 }
 
 TEST_F(MapTabs, AStepOfThreeBecomesTwoWithOneMessageForItsAxis) {
-    Image().CardByte[257] = 3; // fuel RPM axis, twice out of rule
+    Image().CardByte[257] = 2; // fuel RPM axis: an offset, then twice out of rule
+    Image().CardByte[258] = 3;
     Image().CardByte[260] = 200;
     Image().CardByte[653 + 18 + 1 + 2] = 5; // ignition load axis
     window->Update_All();
@@ -123,9 +124,9 @@ TEST_F(MapTabs, AStepOfThreeBecomesTwoWithOneMessageForItsAxis) {
     EXPECT_EQ(
         dialogs.informed[1],
         "Some errors in Ignition Load table was automatically corrected. Double check and save the file");
-    EXPECT_EQ(Image().CardByte[257], 2);
+    EXPECT_EQ(Image().CardByte[258], 2);
     EXPECT_EQ(Image().CardByte[260], 128);
-    EXPECT_EQ(Cell("Fuel_3D_Grid", 0, 1), "125");
+    EXPECT_EQ(Cell("Fuel_3D_Grid", 0, 2), "250");
     window->Update_All();
     EXPECT_EQ(dialogs.informed.size(), 2u);
 }

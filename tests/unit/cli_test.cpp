@@ -95,3 +95,52 @@ TEST(Cli, LogInfoSaysWhenARepairCantBeWritten) {
 
 } // namespace
 } // namespace quorlen
+
+namespace quorlen {
+namespace {
+
+const std::string Shipped_Ini = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3.ini";
+const std::string Shipped_Qxs = std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3_Default_Settings.qxs";
+
+TEST(Cli, SensorListsAndConvertsBothWays) {
+    auto r = Cli({"sensor", "--ini", Shipped_Ini, "--list"});
+    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.out.substr(0, r.out.find('\n', r.out.find('\n') + 1) + 1),
+              "0\t<not used>\t\tvalue\t0\n1\tAFR wideband 0-5V 10-20\tLinear\tAFR\t1\n");
+    r = Cli({"sensor", "--ini", Shipped_Ini, "tps 0.5-4.5v", "--forward", "128"});
+    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.out, "50 %\n");
+    r = Cli({"sensor", "--ini", Shipped_Ini, "2", "--forward", "10"}); // below 0.5 V
+    EXPECT_EQ(r.out, "0 %\n");
+    EXPECT_EQ(r.err, "TPS 0.5-4.5V takes raw 10 as 26\n");
+    r = Cli({"sensor", "--ini", Shipped_Ini, "Coolant temp Bosch NTC", "--reverse", "80,8"});
+    EXPECT_EQ(r.out, "32\n");
+    EXPECT_EQ(Cli({"sensor", "--ini", Shipped_Ini, "No such", "--forward", "1"}).code, 1);
+    EXPECT_EQ(Cli({"sensor", "--ini", Shipped_Ini, "2", "--forward", "300"}).code, 2);
+    EXPECT_EQ(Cli({"sensor", "--ini", Shipped_Ini, "2"}).code, 2);
+    EXPECT_EQ(Cli({"sensor", "--ini", "/nonexistent/q.ini", "--list"}).code, 1);
+}
+
+TEST(Cli, TransformPrintsBothAxesAndWritesTheConvertedFile) {
+    Temp_Dir dir;
+    auto r = Cli({"transform", Shipped_Qxs, "-o", dir.File("out.qxs"), "--ign-size", "15x13", "--rpm-scroll",
+                  "5", "--map-scroll", "4", "--ini", Shipped_Ini});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_NE(r.out.find("old RPM axis (18): 500 750 1000"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("new RPM axis (15): 1000 2000 3000"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("new load axis (13): 0.07 0.15"), std::string::npos) << r.out;
+    auto check = Cli({"qxs-check", dir.File("out.qxs")});
+    EXPECT_EQ(check.code, 0);
+    auto diff = Cli({"qxs-diff", Shipped_Qxs, dir.File("out.qxs")});
+    EXPECT_NE(diff.out.find("175\t"), std::string::npos); // the size byte
+
+    EXPECT_EQ(Cli({"transform", Shipped_Qxs, "-o", dir.File("x.qxs"), "--fuel-size", "9"}).code, 2);
+    EXPECT_EQ(
+        Cli({"transform", Shipped_Qxs, "-o", dir.File("x.qxs"), "--fuel-size", "1", "--rpm-scroll", "9"})
+            .code,
+        2);
+    EXPECT_EQ(Cli({"transform", dir.File("none.qxs"), "-o", dir.File("x.qxs"), "--fuel-size", "1"}).code, 1);
+}
+
+} // namespace
+} // namespace quorlen

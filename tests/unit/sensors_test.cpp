@@ -152,7 +152,7 @@ TEST_F(Sensors, InputsFromTheImageFallBackOnceAndClicksWriteThrough) {
     EXPECT_EQ(texts.rs232_text, "< Analog sensor missing >");
 
     int updates = 0;
-    Analog_Hooks hooks{[&] { ++updates; }, [&] { ++updates; }, [&] { ++updates; }};
+    Analog_Hooks hooks{[&] { ++updates; }, [&] { ++updates; }, [&] { ++updates; }, {}};
     AN_Combo_Click(ctx, 2, 1, hooks); // already selected: nothing
     EXPECT_EQ(updates, 0);
     AN_Combo_Click(ctx, 2, 0, hooks);

@@ -106,7 +106,7 @@ TEST_F(Show, EverySizeVariantPrintsItsShapeWithTheFirstCellInPlace) {
 }
 
 TEST_F(Show, RepairsAreReportedOnStderrInTheMessageWords) {
-    bytes[257] = 3;
+    bytes[257] = 3; // the first step is an offset and stays
     bytes[258] = 6;
     bytes[186] = 9;
     test::Cli_Result r = Table("fuel");
@@ -114,8 +114,8 @@ TEST_F(Show, RepairsAreReportedOnStderrInTheMessageWords) {
     EXPECT_EQ(r.err,
               "Some errors in Fuel RPM table was automatically corrected. Double check and save the file\n"
               "Error in PWM1 signal selection setting\n");
-    EXPECT_EQ(Grid(r.out)[0][1], "125");
-    EXPECT_EQ(Grid(r.out)[0][2], "375");
+    EXPECT_EQ(Grid(r.out)[0][1], "188");
+    EXPECT_EQ(Grid(r.out)[0][2], "438");
 }
 
 TEST_F(Show, AnIniThatIsNotThereIsAnErrorNotARunWithoutSensors) {

@@ -98,8 +98,9 @@ TEST_F(Tables, OutOfRuleStepsAreMendedWithOneMessagePerAxis) {
     const std::uint8_t good[] = {1, 2, 4, 8, 16, 32, 64, 128};
     for (int i = 0; i < 8; ++i)
         image.CardByte[static_cast<std::size_t>(ign.Rpm_Step(i + 1))] = good[i];
-    image.CardByte[static_cast<std::size_t>(ign.Load_Step(1))] = 3;
+    image.CardByte[static_cast<std::size_t>(ign.Load_Step(1))] = 3; // an offset: any value
     image.CardByte[static_cast<std::size_t>(ign.Load_Step(2))] = 255;
+    image.CardByte[static_cast<std::size_t>(ign.Load_Step(3))] = 3;
     image.CardByte[50] = 200; // PWM2 extra fuel axis
     Update_All(ctx);
     ASSERT_EQ(dialogs.informed.size(), 2u);
@@ -109,8 +110,9 @@ TEST_F(Tables, OutOfRuleStepsAreMendedWithOneMessagePerAxis) {
         "Some errors in Ignition Load table was automatically corrected. Double check and save the file");
     EXPECT_EQ(dialogs.informed[1],
               "Some errors in PWM2 extra fuel table was automatically corrected. Check and save the file");
-    EXPECT_EQ(image.CardByte[static_cast<std::size_t>(ign.Load_Step(1))], 2);
+    EXPECT_EQ(image.CardByte[static_cast<std::size_t>(ign.Load_Step(1))], 3);
     EXPECT_EQ(image.CardByte[static_cast<std::size_t>(ign.Load_Step(2))], 128);
+    EXPECT_EQ(image.CardByte[static_cast<std::size_t>(ign.Load_Step(3))], 2);
     EXPECT_EQ(image.CardByte[50], 128);
     EXPECT_EQ(image.ChangedByte[50], 255);
     EXPECT_EQ(image.ChangedByte[static_cast<std::size_t>(ign.Rpm_Step(3))], 0);

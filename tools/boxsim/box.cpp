@@ -76,7 +76,8 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
 
 Box::Box(Box_Config config, Box_Faults faults)
     : config_(std::move(config)), faults_(faults), card_(Card_From(config_.image), faults.card_silence_after),
-      stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200}),
+      stream_(Stream_Faults{faults.pause_at_row, std::chrono::seconds(2), faults.bad_sum_row, 200},
+              config_.throttle),
       hs_(HS_Faults{faults.hs_bad_check, faults.hs_gap_at, std::chrono::milliseconds(500)}) {
     memory_ = config_.image;
     committed_ = config_.image;

@@ -48,6 +48,7 @@ struct Box_Config {
     // 0: the banner is as long as its lines; N: padded before its last line to N characters
     // with the echo, as some firmware does.
     std::size_t banner_pad = 0;
+    Throttle_Script throttle; // the throttle input of the log stream, held by a test
 };
 
 // Faults that act on the box's behaviour rather than on the line.

@@ -1,6 +1,7 @@
 #include "log_stream.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 
@@ -244,8 +245,51 @@ Stream_Time Log_Stream::Next_Deadline() const {
     return started_ + (next_row_ + 1) * Row_Period;
 }
 
+bool Parse_Throttle_Script(const std::string& text, Throttle_Script& script, std::string& error) {
+    script.clear();
+    std::size_t pos = 0;
+    while (pos <= text.size()) {
+        const auto comma = std::min(text.find(',', pos), text.size());
+        const std::string item = text.substr(pos, comma - pos);
+        const auto colon = item.find(':');
+        double seconds = -1;
+        int raw = -1;
+        bool ok = colon != std::string::npos;
+        if (ok) {
+            const std::string time = item.substr(0, colon);
+            const std::string value = item.substr(colon + 1);
+            auto [tp, tec] = std::from_chars(time.data(), time.data() + time.size(), seconds);
+            auto [vp, vec] = std::from_chars(value.data(), value.data() + value.size(), raw);
+            ok = tec == std::errc() && tp == time.data() + time.size() && vec == std::errc() &&
+                 vp == value.data() + value.size() && seconds >= 0 && raw >= 0 && raw <= 255;
+        }
+        if (!ok) {
+            error = "bad throttle point '" + item + "': want SECONDS:RAW with RAW 0..255";
+            return false;
+        }
+        script.emplace_back(seconds, raw);
+        pos = comma + 1;
+    }
+    std::stable_sort(script.begin(), script.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    return true;
+}
+
+int Scripted_Throttle(const Throttle_Script& script, double seconds) {
+    int raw = -1;
+    for (const auto& [from, value] : script)
+        if (from <= seconds) raw = value;
+    return raw;
+}
+
 std::string Log_Stream::Row_Text(long row) {
-    const Engine_Sample sample = Engine_At(row);
+    Engine_Sample sample = Engine_At(row);
+    // This stream's own rows count the script's time, whatever ran before it.
+    const int scripted = Scripted_Throttle(throttle_, static_cast<double>(next_row_ - 1) * 0.05);
+    if (scripted >= 0) {
+        sample.columns[13] = static_cast<std::uint8_t>(scripted);
+        sample.columns[26] = static_cast<std::uint8_t>(scripted);
+    }
     if (mode_ == Mode::Binary) return Frame(Frame_Data(sample, length_), row == faults_.bad_sum_row);
     std::string text;
     if (faults_.message_every > 0 && row > 0 && row % faults_.message_every == 0)

@@ -12,6 +12,8 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace boxsim {
 
@@ -42,6 +44,14 @@ struct Engine_Sample {
 // The engine at row n of a stream (n from 0).
 Engine_Sample Engine_At(long row);
 
+// A throttle a test holds where it wants: from each second (counted from the start of the
+// stream) the throttle input reads the given raw value, in place of the drive's own.
+using Throttle_Script = std::vector<std::pair<double, int>>;
+// "0:30,5:230" into its points, in time order; false, with `error` set, on a bad text.
+bool Parse_Throttle_Script(const std::string& text, Throttle_Script& script, std::string& error);
+// The scripted raw value at `seconds` into the stream; -1 before the first point.
+int Scripted_Throttle(const Throttle_Script& script, double seconds);
+
 // "#RPM" and a title for each field, padded so the header is as long as a row.
 std::string Text_Header();
 // A text row without its line end: "$" and the RPM in thousands ("3.450"), the columns as
@@ -65,7 +75,8 @@ class Log_Stream {
 public:
     enum class Mode { Off, Text, Binary };
 
-    explicit Log_Stream(Stream_Faults faults = {}) : faults_(faults) {}
+    explicit Log_Stream(Stream_Faults faults = {}, Throttle_Script throttle = {})
+        : faults_(faults), throttle_(std::move(throttle)) {}
 
     // The header goes at once; the first row one period later.
     std::string Start_Text(Stream_Time now);
@@ -82,6 +93,7 @@ private:
     std::string Row_Text(long row);
 
     Stream_Faults faults_;
+    Throttle_Script throttle_;
     Mode mode_ = Mode::Off;
     int length_ = Default_Frame_Length;
     Stream_Time started_{};

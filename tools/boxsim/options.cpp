@@ -70,6 +70,8 @@ std::string Usage() {
                "  --smartcard            a Mapchip is in the slot: \"br\" writes it, and the box runs from "
                "it\n"
                "  --engine-running       the engine runs (bit 0 of the status value)\n"
+               "  --tps-script T:RAW,... while a log runs, the throttle input reads RAW from second T\n"
+               "                         of the stream on (\"0:30,5:230\": released, then floored)\n"
                "  --no-status-value      older banner: the Status line ends after its three flags\n"
                "  --banner-pad N         pad the banner before its mode line to N characters with\n"
                "                         the echo (default: as long as its lines, some 100)\n"
@@ -162,6 +164,8 @@ std::optional<Options> Parse_Options(const std::vector<std::string>& args, std::
                 o.slave_path = args[++i];
         } else if (name == "--smartcard") {
             ok = flag(o.box.smartcard);
+        } else if (name == "--tps-script") {
+            ok = value(text) && Parse_Throttle_Script(text, o.box.throttle, error);
         } else if (name == "--engine-running") {
             ok = flag(o.box.engine_running);
         } else if (name == "--banner-pad") {
