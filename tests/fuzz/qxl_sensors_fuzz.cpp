@@ -1,9 +1,10 @@
 // The [log_sens_def] section of a log: the sensors read, given to the signals in turn, used
-// on a short log of either row layout, and written back.
+// on a short log of either row layout, shown in the sensor viewer, and written back.
 
 #include "fuzz_support.h"
 #include "logging/log_file.h"
 #include "logging/log_signals.h"
+#include "sensors/sensor_editor.h"
 #include "support/log_fixture.h"
 
 #include <vector>
@@ -51,6 +52,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (int channel = 1; channel <= Log_Signal_Count; channel += 7)
             for (int raw : {0, 7, 8, 128, 255, 256, -1})
                 Forward_Log_Sensor_Calc(log.Log_Sens_Tab, channel_rows, channel, raw);
+
+        if (layout == 0)
+            for (int row = 0; row < count; ++row) {
+                Sensor_Editor viewer;
+                View_Log_Sensor(viewer, log.Log_Sens_Tab[static_cast<std::size_t>(row)]);
+                Grid_In_Text(viewer, Sensor_Points);
+                Log_Sensor_Line(viewer);
+            }
 
         Update_Log_Sens_Def(log);
         Read_Log_Sens_Def(log);

@@ -1,8 +1,10 @@
-// Sens_Def entries of the configuration file, one a line: the sensor table they make, and the
-// arithmetic over every raw value and back from every point.
+// Sens_Def entries of the configuration file, one a line: the sensor table they make, the
+// arithmetic over every raw value and back from every point, and each sensor as the sensor
+// viewer shows it, tests it and would store it again.
 
 #include "fuzz_support.h"
 #include "sensors/sensor_defs.h"
+#include "sensors/sensor_editor.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace quorlen;
@@ -24,6 +26,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             Forward_Sensor_Calc(table, s, r);
         }
         if (!table.Has(s)) continue;
+        Sensor_Editor viewer;
+        View_Tuning_Sensor(viewer, table, s);
+        for (int i = 1; i <= Sensor_Points; ++i) {
+            Grid_In_Text(viewer, i);
+            Grid_Out_Text(viewer, i);
+        }
+        Tuning_Sensor_Line(viewer);
+        Log_Sensor_Line(viewer);
+        cmd_Frw_Calc(viewer, table, s);
+        try {
+            cmd_Rev_Calc(viewer, table, s);
+        } catch (const Run_Error&) {
+            // As the reverse sum below: a zero gain is for the caller's guard.
+        }
         for (int i = 1; i <= Sensor_Points; i += 4) {
             try {
                 Reversed_Sensor_Value(

@@ -139,7 +139,8 @@ TEST_F(Show, AnIniThatIsNotThereIsAnErrorNotARunWithoutSensors) {
     // The commands that read only the configuration say the same.
     for (const std::vector<std::string>& args :
          {std::vector<std::string>{"engine", "--list", "--ini", dir.File("none.ini")},
-          {"preset", "--list", "--ini", dir.File("none.ini")}}) {
+          {"preset", "--list", "--ini", dir.File("none.ini")},
+          {"sensor", "--ini", dir.File("none.ini"), "--list"}}) {
         test::Cli_Result r = Cli(args);
         EXPECT_EQ(r.code, 1) << args[0];
         EXPECT_EQ(r.err, "quorlen-cli: --ini " + dir.File("none.ini") + " does not exist\n");
