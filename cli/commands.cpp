@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "cli/show_command.h"
 
+#include "cli/analysis_commands.h"
 #include "cli/card_commands.h"
 #include "cli/chart_commands.h"
 #include "cli/edit_command.h"
@@ -39,9 +40,10 @@ const char* const Usage =
     "                     ask the box who it is and print what Connect info shows; exit 0 when\n"
     "                     it answered, 2 when not, 1 when the port can't be opened (and "
     "why)\n" QUORLEN_CLI_SHOW_USAGE QUORLEN_CLI_RW_USAGE QUORLEN_CLI_EDIT_USAGE QUORLEN_CLI_SETTINGS_USAGE
-        QUORLEN_CLI_LOG_USAGE QUORLEN_CLI_CHART_USAGE QUORLEN_CLI_HSLOG_USAGE QUORLEN_CLI_ENGINE_USAGE
-            QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_GENERATE_USAGE QUORLEN_CLI_SUMMARY_USAGE
-                QUORLEN_CLI_CARD_USAGE QUORLEN_CLI_SENSOR_USAGE QUORLEN_CLI_TRANSFORM_USAGE "\n"
+        QUORLEN_CLI_LOG_USAGE QUORLEN_CLI_ANALYSIS_USAGE QUORLEN_CLI_CHART_USAGE QUORLEN_CLI_HSLOG_USAGE
+            QUORLEN_CLI_ENGINE_USAGE QUORLEN_CLI_PRESET_USAGE QUORLEN_CLI_GENERATE_USAGE
+                QUORLEN_CLI_SUMMARY_USAGE QUORLEN_CLI_CARD_USAGE QUORLEN_CLI_SENSOR_USAGE
+                    QUORLEN_CLI_TRANSFORM_USAGE "\n"
     "A file the program would not load prints \"Not a valid qxs-file\" and exits 1 (2 for qxs-diff).\n";
 
 int Qxs_Check(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
@@ -119,6 +121,8 @@ int Run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
     if (command == "generate") return Generate_Command(args, out, err);
     if (command == "summary") return Summary_Command(args, out, err);
     if (command == "log-chart") return Log_Chart_Command(args, out, err);
+    if (command == "log-hits") return Log_Hits_Command(args, out, err);
+    if (command == "fuel-correct") return Fuel_Correct_Command(args, out, err);
     if (command == "card-check") return Card_Check_Command(args, out, err);
     if (command == "card-read") return Card_Read_Command(args, out, err);
     if (command == "card-write") return Card_Write_Command(args, out, err);

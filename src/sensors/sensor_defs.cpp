@@ -187,11 +187,14 @@ void Load_Sensor_Definitions(Sensor_State& sensors, const Ini_Snapshot& ini, Pro
     }
 }
 
-std::optional<double> Forward_Sensor_Calc(const Sensor_Table& table, int s, double& raw,
-                                          bool* is_linear_sensor) {
+namespace {
+
+std::optional<double> Forward(const Sensor_Table& table, int s, double& raw, bool* is_linear_sensor,
+                              bool rounded) {
     if (s == -1 || !table.Has(s)) return std::nullopt;
     const std::string& type = table.Type(s);
-    int decimals = table.Decimals(s);
+    const int decimals = table.Decimals(s);
+    const auto Round = [&](double v) { return rounded ? Round_Even(v, decimals) : v; };
     if (type == "Linear") {
         if (is_linear_sensor != nullptr) *is_linear_sensor = true;
         const auto& n = Numbers(table, s);
@@ -199,7 +202,7 @@ std::optional<double> Forward_Sensor_Calc(const Sensor_Table& table, int s, doub
             raw = n.max;
         else if (raw < n.min)
             raw = n.min;
-        return Round_Even(raw * n.gain + n.offset, decimals);
+        return Round(raw * n.gain + n.offset);
     }
     if (type == "Tab") {
         if (is_linear_sensor != nullptr) *is_linear_sensor = false;
@@ -214,9 +217,20 @@ std::optional<double> Forward_Sensor_Calc(const Sensor_Table& table, int s, doub
         double x_hi = 8.0 * (hi - 1);
         double p_lo = Point(table, s, lo);
         double p_hi = Point(table, s, hi);
-        return Round_Even(p_lo + (raw - x_lo) * (p_hi - p_lo) / (x_hi - x_lo), decimals);
+        return Round(p_lo + (raw - x_lo) * (p_hi - p_lo) / (x_hi - x_lo));
     }
     return 0.0;
+}
+
+} // namespace
+
+std::optional<double> Forward_Sensor_Calc(const Sensor_Table& table, int s, double& raw,
+                                          bool* is_linear_sensor) {
+    return Forward(table, s, raw, is_linear_sensor, true);
+}
+
+std::optional<double> Forward_Sensor_Exact(const Sensor_Table& table, int s, double raw) {
+    return Forward(table, s, raw, nullptr, false);
 }
 
 std::optional<double> Forward_Sensor_Value(const Sensor_Table& table, int s, double raw) {

@@ -111,6 +111,9 @@ std::optional<double> Forward_Sensor_Calc(const Sensor_Table& table, int s, doub
                                           bool* is_linear_sensor = nullptr);
 // The same without the clamp on the caller's variable.
 std::optional<double> Forward_Sensor_Value(const Sensor_Table& table, int s, double raw);
+// The value before its rounding to the sensor's decimals, for a ratio of two readings that
+// the rounding would blur (an AFR sensor shows one decimal, 0.7 % of a reading).
+std::optional<double> Forward_Sensor_Exact(const Sensor_Table& table, int s, double raw);
 
 // The raw reading of physical value `v`: the arithmetic alone, with no effect on any screen.
 // nullopt for -1 and for a row that is neither Linear nor Tab. A value outside a Tab table,

@@ -42,8 +42,10 @@ struct Edit_State {
     std::string set_table_text_3D = "0";
 };
 
-// Color_3D_Check: how the cells of the main maps are coloured.
-enum class Colour_Mode { None = 0, Mid = 1, Grey = 2, Duty = 3 };
+// Color_3D_Check: how the cells of the main maps are coloured. Log_Hits colours by the time
+// the open log spent in each cell; the map tabs paint it from the log, the cells' own
+// colouring leaves them white.
+enum class Colour_Mode { None = 0, Mid = 1, Grey = 2, Duty = 3, Log_Hits = 4 };
 
 struct Colour_State {
     Colour_Mode Color_3D_Check = Colour_Mode::Mid;

@@ -49,6 +49,7 @@ Map_Colours Colour_Map(Tables_Context& ctx, bool fuel, const char* words) {
             out.high = {255, 0, 0};
             break;
         case Colour_Mode::None:
+        case Colour_Mode::Log_Hits:
             break;
         }
         const auto& bytes = ctx.image.CardByte;
@@ -67,6 +68,7 @@ Map_Colours Colour_Map(Tables_Context& ctx, bool fuel, const char* words) {
                     cell = Duty_Colour(b, ctx.image.CardValue[At(block.Rpm_Step(c))]);
                     break;
                 case Colour_Mode::None:
+                case Colour_Mode::Log_Hits:
                     break;
                 }
             }

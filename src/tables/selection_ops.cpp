@@ -365,10 +365,11 @@ std::vector<Button_State> Handle_button_enable(const Tables_State& tables) {
     static const char* const One_D_Buttons[] = {"plus",    "minus",  "steep",       "flat",
                                                 "steep_L", "flat_L", "scale_table", "set_table"};
     static const char* const Main_Map_Buttons[] = {
-        "plus_3d",           "minus_3D",          "steep_Load_3D",    "steep_Load_3D_B", "steep_RPM_3D",
-        "steep_RPM_3D_L",    "flat_Load_3D",      "flat_Load_3D_B",   "flat_RPM_3D",     "flat_RPM_3D_L",
-        "scale_table_3D",    "set_table_3D",      "Even_Cols_cmd",    "Even_Rows_cmd",   "Color_3D_Check(0)",
-        "Color_3D_Check(1)", "Color_3D_Check(2)", "Mid_3D_limit_txt", "Verify_Check"};
+        "plus_3d",           "minus_3D",          "steep_Load_3D",     "steep_Load_3D_B",
+        "steep_RPM_3D",      "steep_RPM_3D_L",    "flat_Load_3D",      "flat_Load_3D_B",
+        "flat_RPM_3D",       "flat_RPM_3D_L",     "scale_table_3D",    "set_table_3D",
+        "Even_Cols_cmd",     "Even_Rows_cmd",     "Color_3D_Check(0)", "Color_3D_Check(1)",
+        "Color_3D_Check(2)", "Color_3D_Check(4)", "Mid_3D_limit_txt",  "Verify_Check"};
     auto id = Current_Table(tables);
     bool main_map = id == Table_Id::Fuel_3D || id == Table_Id::Ignition_3D;
     bool one_d = id && One_D(*id).has_value();

@@ -15,6 +15,7 @@
 #include "ui/qx_3dmap.h"
 #include "ui/qx_autosetup_frm.h"
 #include "ui/qx_debug.h"
+#include "ui/qx_fuel_correction.h"
 #include "ui/qx_prefs.h"
 #include "ui/qx_rpm.h"
 #include "ui/qx_settings.h"
@@ -58,15 +59,16 @@ const char* const Comment_Text = "Settings, maps and logs for the RZ400 and RZ80
 // The unload orders of the two shutdown routes. Forms of later windows are named already;
 // unloading one that was never made does nothing.
 const char* const Exit_Menu_Order[] = {
-    "QX_3Dmap",           "QX_3D_MAP",    "QX_AutoSetup_frm", "QX_Debug",      "QX_Log",
-    "QX_Log_HS",          "QX_Log_Setup", "QX_prefs",         "QX_RPM",        "QX_Sensor_Editor",
-    "QX_Setting_Summary", "QX_settings",  "frm_TodosII",      "BoostProgMain", "Display"};
+    "QX_3Dmap",    "QX_3D_MAP",    "QX_AutoSetup_frm", "QX_Debug", "QX_Fuel_Correction", "QX_Log",
+    "QX_Log_HS",   "QX_Log_Setup", "QX_prefs",         "QX_RPM",   "QX_Sensor_Editor",   "QX_Setting_Summary",
+    "QX_settings", "frm_TodosII",  "BoostProgMain",    "Display"};
 const char* const Unload_Order[] = {"Autoguide_startup_Dialog",
                                     "QX_3D_MAP",
                                     "QX_3Dmap",
                                     "QX_AutoSetup_frm",
                                     "QX_CrankView",
                                     "QX_Debug",
+                                    "QX_Fuel_Correction",
                                     "QX_Log",
                                     "QX_Log_HS",
                                     "QX_Log_Setup",
@@ -482,6 +484,11 @@ QWidget* BoostProgMain::Form(const std::string& name) {
         form = Make_Crank_View();
     } else if (name == "QX_Setting_Summary") {
         form = Make_Setting_Summary_Window();
+    } else if (name == "QX_Fuel_Correction") {
+        Fuel_Correction_Hooks hooks;
+        hooks.Dialogs = [this]() -> User_Dialogs& { return *active_dialogs_; };
+        hooks.Update_All = [this] { Update_All(); };
+        form = new QX_Fuel_Correction(app_, std::move(hooks), this);
     } else if (name == "QX_RPM") {
         form = new QX_RPM(
             app_, [this]() -> User_Dialogs& { return *active_dialogs_; }, this);

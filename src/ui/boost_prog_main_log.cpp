@@ -8,10 +8,11 @@
 #include "link/qt/qt_port_platform.h"
 #include "logging/log_export.h"
 #include "ui/boost_prog_main.h"
+#include "ui/map_tabs.h"
 #include "ui/qt_dialogs.h"
 #include "ui/qx_log.h"
-#include "ui/qx_setting_summary.h"
 #include "ui/qx_rpm.h"
+#include "ui/qx_setting_summary.h"
 #include "ui/qx_settings.h"
 
 #include <QAction>
@@ -57,8 +58,14 @@ QWidget* BoostProgMain::Make_Log_Window() {
         graph->show();
         graph->raise();
     };
+    hooks.Show_Fuel_Correction = [this] {
+        QWidget* form = Form("QX_Fuel_Correction");
+        form->show();
+        form->raise();
+    };
     hooks.Chart_Changed = [this] {
         if (Form_Exists("QX_RPM")) static_cast<QX_RPM*>(Form("QX_RPM"))->Update_Graph();
+        if (map_tabs_ != nullptr) map_tabs_->Log_Changed();
     };
     return new QX_Log(app_, std::move(hooks), this);
 }

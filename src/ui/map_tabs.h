@@ -78,6 +78,8 @@ public:
     void Verify_View();
     // The surface view, made on first use.
     void Show_3D_View();
+    // The open log changed: the "Log hits" colouring follows it.
+    void Log_Changed();
 
 private:
     struct Chart;
@@ -145,6 +147,7 @@ private:
     QLineEdit* Mid_3D_limit_txt_ = nullptr;
     QFrame* Color_Low_frame_ = nullptr;
     QFrame* Color_High_frame_ = nullptr;
+    QLabel* Log_Hits_Legend_ = nullptr;
     QCheckBox* Verify_Check_ = nullptr;
     QScrollBar* Verify_limit_scroll_ = nullptr;
 };

@@ -5,6 +5,7 @@
 
 #include "ui/map_tabs.h"
 
+#include "analysis/cell_hits.h"
 #include "tables/cell_entry.h"
 #include "tables/selection_ops.h"
 #include "ui/qx_3dmap.h"
@@ -208,8 +209,8 @@ QWidget* Map_Tabs::Build_Main_Map_Panel() {
     // Colouring: the four modes, the mid value and the colours of its two ends.
     auto* colours = new QHBoxLayout;
     Color_3D_Check_ = new QButtonGroup(panel);
-    const char* captions[] = {"No color", "Colored as ms", "Gray scale", "Colored as duty cycle"};
-    for (int i = 0; i < 4; ++i) {
+    const char* captions[] = {"No color", "Colored as ms", "Gray scale", "Colored as duty cycle", "Log hits"};
+    for (int i = 0; i < 5; ++i) {
         auto* option = new QRadioButton(captions[i], panel);
         option->setObjectName(QStringLiteral("Color_3D_Check(%1)").arg(i));
         Color_3D_Check_->addButton(option, i);
@@ -243,6 +244,13 @@ QWidget* Map_Tabs::Build_Main_Map_Panel() {
     }
     Color_Low_frame_->setToolTip("Colour of the lowest value");
     Color_High_frame_->setToolTip("Colour of the highest value");
+    edit_controls_["Color_3D_Check(4)"]->setToolTip(
+        "How long the open log ran in each cell, spread over the four points around each row");
+    Log_Hits_Legend_ = new QLabel(panel);
+    Log_Hits_Legend_->setObjectName("Log_Hits_Legend");
+    Log_Hits_Legend_->hide();
+    colours->addSpacing(6);
+    colours->addWidget(Log_Hits_Legend_);
     colours->addSpacing(12);
     Verify_Check_ = new QCheckBox("Verify", panel);
     Verify_Check_->setObjectName("Verify_Check");
@@ -340,11 +348,34 @@ void Map_Tabs::Colours_Follow_Image() {
     Tables_Context ctx = Context();
     Map_Colours fuel = Update_3D_Colors(ctx);
     Map_Colours ign = Update_3D_Ign_Colors(ctx);
-    models_[Table_Id::Fuel_3D]->Set_Colours(fuel);
-    models_[Table_Id::Ignition_3D]->Set_Colours(ign);
-    const Map_Colours& shown = Current_Table(app_.tables) == Table_Id::Ignition_3D ? ign : fuel;
+    const bool hits = app_.tables.colours.Color_3D_Check == Colour_Mode::Log_Hits;
+    const bool ign_shown = Current_Table(app_.tables) == Table_Id::Ignition_3D;
+    QString legend;
+    for (auto [id, colours] : {std::pair{Table_Id::Fuel_3D, &fuel}, std::pair{Table_Id::Ignition_3D, &ign}}) {
+        std::vector<QString> tips;
+        if (hits) {
+            const Hit_Grid grid =
+                Cell_Hits(Make_Map_Locator(app_.image, app_.sensors, *app_.log_state, id), *app_.log_state);
+            *colours = Log_Hit_Colours(grid);
+            for (double seconds : grid.seconds)
+                tips.push_back(QString::fromStdString(Hit_Text(seconds)));
+            if ((id == Table_Id::Ignition_3D) == ign_shown) legend = QString::fromStdString(Hit_Legend(grid));
+        }
+        models_[id]->Set_Colours(*colours);
+        models_[id]->Set_Tooltips(std::move(tips));
+    }
+    const Map_Colours& shown = ign_shown ? ign : fuel;
     Paint_Frame(Color_Low_frame_, shown.low);
     Paint_Frame(Color_High_frame_, shown.high);
+    Log_Hits_Legend_->setText(legend);
+    Log_Hits_Legend_->setVisible(hits);
+    Color_Low_frame_->setToolTip(hits ? "No time in the log" : "Colour of the lowest value");
+    Color_High_frame_->setToolTip(hits ? "The cell the log spent the most time in"
+                                       : "Colour of the highest value");
+}
+
+void Map_Tabs::Log_Changed() {
+    if (app_.tables.colours.Color_3D_Check == Colour_Mode::Log_Hits) Recolour();
 }
 
 // A change of the colouring alone: the main maps repaint, nothing else is read.

@@ -239,6 +239,12 @@ void QX_Log::Build_Menus() {
     log->setObjectName("Log_menu");
     action(log, "Start_Logg", "&Start or stop logging", &QX_Log::cmd_Open_Com_Click);
     action(log, "mnu_Clear_Logg", "&Clear the log", &QX_Log::cmd_Clear_Logg_Click);
+    log->addSeparator();
+    QAction* fuel = log->addAction("&Fuel correction...");
+    fuel->setObjectName("mnu_Fuel_Correction");
+    connect(fuel, &QAction::triggered, this, [this] {
+        if (hooks_.Show_Fuel_Correction) hooks_.Show_Fuel_Correction();
+    });
     QMenu* view = bar->addMenu("&View");
     view->setObjectName("Log_View_menu");
     action(view, "Redraw", "&Redraw", &QX_Log::Redraw_Click);

@@ -56,6 +56,8 @@ struct Log_Window_Hooks {
     std::function<void(const std::string& text)> Show_Engine_On;
     // The RPM graph: shown on request, and brought up to date whenever the chart changes.
     std::function<void()> Show_RPM_Graph;
+    // The fuel correction from this log, made on first use.
+    std::function<void()> Show_Fuel_Correction;
     std::function<void()> Chart_Changed;
 };
 

@@ -49,6 +49,12 @@ QVariant Image_Table_Model::data(const QModelIndex& index, int role) const {
     }
     case Qt::FontRole:
         return header ? QVariant(bold_) : QVariant();
+    case Qt::ToolTipRole: {
+        const int i = (index.row() - 1) * colours_.cols + (index.column() - 1);
+        if (header || index.column() > colours_.cols || i < 0 || i >= static_cast<int>(tooltips_.size()))
+            return {};
+        return tooltips_[static_cast<std::size_t>(i)];
+    }
     default:
         return {};
     }
@@ -64,6 +70,10 @@ Qt::ItemFlags Image_Table_Model::flags(const QModelIndex& index) const {
 
 void Image_Table_Model::Set_Colours(const Map_Colours& colours) {
     colours_ = colours;
+}
+
+void Image_Table_Model::Set_Tooltips(std::vector<QString> tips) {
+    tooltips_ = std::move(tips);
 }
 
 QColor Image_Table_Model::Cell_Colour(int row, int col) const {

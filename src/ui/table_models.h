@@ -40,6 +40,8 @@ public:
     // The back colours of the value cells (a main map's colouring); empty for plain white.
     void Set_Colours(const Map_Colours& colours);
     QColor Cell_Colour(int row, int col) const;
+    // Tooltips of the value cells, row after row; empty for none.
+    void Set_Tooltips(std::vector<QString> tips);
     // The selected cells show the number being typed until the selection moves on.
     void Show_Key_Text(int r1, int c1, int r2, int c2, const QString& text);
     void Drop_Key_Text();
@@ -51,6 +53,7 @@ private:
     Grid_Shape shape_;
     QFont bold_;
     Map_Colours colours_;
+    std::vector<QString> tooltips_;
     QString key_text_;
     int key_r1_ = 0, key_c1_ = 0, key_r2_ = -1, key_c2_ = -1;
 };

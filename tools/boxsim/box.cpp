@@ -84,6 +84,10 @@ Box::Box(Box_Config config, Box_Faults faults)
     slave_ = config_.slave_image;
     if (config_.dataset < 0) config_.dataset = config_.image[Dataset_Byte];
     bootloader_ = config_.bootloader;
+    if (config_.engine.enabled) {
+        engine_ = std::make_unique<Engine_Model>(config_.engine, config_.image);
+        stream_.Set_Engine([this](long row) { return engine_->Sample(row, memory_); });
+    }
 }
 
 std::string Box::Receive(std::string_view in, Time now) {

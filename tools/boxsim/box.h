@@ -9,6 +9,7 @@
 // after it. A slave box beside the master gets each byte the master takes, when the master
 // commits it, with its own slave mark forced on.
 
+#include "engine_model.h"
 #include "hs_stream.h"
 #include "log_stream.h"
 #include "smartcard.h"
@@ -17,6 +18,7 @@
 #include <bitset>
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -45,6 +47,7 @@ struct Box_Config {
     bool bootloader = false;  // starts in its boot loader until it gets "g"
     bool status_value = true; // false: the older banner whose Status line ends after the flags
     HS_Setup hs;              // the engine of the high-speed stream
+    Engine_Setup engine;      // the engine behind the log stream, when one is played
     // 0: the banner is as long as its lines; N: padded before its last line to N characters
     // with the echo, as some firmware does.
     std::size_t banner_pad = 0;
@@ -75,6 +78,9 @@ std::string Banner(const Box_Config& config, const Image& memory, bool i2c_fault
 class Box {
 public:
     explicit Box(Box_Config config, Box_Faults faults = {});
+    // The log stream asks the box's engine for its rows by address.
+    Box(const Box&) = delete;
+    Box& operator=(const Box&) = delete;
 
     // Feeds characters as they arrive at `now`; returns what the box sends back.
     std::string Receive(std::string_view in, Time now);
@@ -154,6 +160,7 @@ private:
     void Take_Card(char c, std::string& out);
 
     Log_Stream stream_;
+    std::unique_ptr<Engine_Model> engine_;
     HS_Stream hs_;
     long line_baud_ = 115200;
     std::string stream_length_; // the hex digits after "bL"

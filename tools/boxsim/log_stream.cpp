@@ -89,17 +89,21 @@ std::string Hex2(std::uint8_t b) {
 
 } // namespace
 
-Engine_Sample Engine_At(long row) {
+Engine_Sample Drive_At_Row(long row) {
     Engine_Sample s;
     const double total = static_cast<double>(row) * 0.05;
     const double t = std::fmod(total, Cycle_Seconds);
     const Phase p = Drive_At(t);
+    s.seconds = total;
     s.rpm = p.rpm;
     s.gear = p.gear;
     s.throttle = p.throttle;
+    s.wot = p.throttle > 50;
+    s.fuel_cut = p.fuel_cut;
+    s.boost = s.wot ? std::clamp((s.rpm - 2500) / 2000, 0.0, 1.0) * 0.8 : 0;
 
-    const bool wot = p.throttle > 50;
-    const double boost = wot ? std::clamp((s.rpm - 2500) / 2000, 0.0, 1.0) * 0.8 : 0;
+    const bool wot = s.wot;
+    const double boost = s.boost;
     s.map_bar = wot ? 1.0 + boost : (p.fuel_cut ? 0.25 : 0.36 + 0.01 * std::sin(total * 7));
     s.lambda = wot ? 0.86 - 0.06 * boost : (p.fuel_cut ? 1.4 : 1.0 + 0.015 * std::sin(total * 2.3));
     s.ignition =
@@ -110,14 +114,29 @@ Engine_Sample Engine_At(long row) {
     s.air = 28 + 4 * boost;
     s.battery = 13.9 - (wot ? 0.2 : 0);
     s.engine_on = static_cast<std::uint32_t>(2400 + row) & 0xFFFFFFu;
+    return s;
+}
 
+Engine_Sample Engine_At(long row) {
+    Engine_Sample s = Drive_At_Row(row);
+    Encode(s);
+    return s;
+}
+
+int Input_Column(int input) {
+    return input >= 1 && input <= 12 ? 11 + input : 0;
+}
+
+void Encode(Engine_Sample& s) {
+    const bool wot = s.wot;
+    const double boost = s.boost;
     auto& c = s.columns;
     c[2] = Raw((s.ignition + 25.4) / 0.2);
     c[3] = Twos(wot ? -2 * boost / 0.2 : 0); // ignition correction, degrees
     c[4] = Raw(s.fuel_ms / 0.204);
     c[5] = Twos(wot ? 8 / 0.5 : 0);                              // fuel correction, %
     c[6] = Raw((wot ? 0.85 : 1.0) / 0.01);                       // lambda target
-    c[7] = Twos(p.fuel_cut ? 0 : (s.lambda > 1 ? -4 : 3) / 0.5); // closed-loop trim, %
+    c[7] = Twos(s.fuel_cut ? 0 : (s.lambda > 1 ? -4 : 3) / 0.5); // closed-loop trim, %
     c[8] = Raw(wot ? 0 : 32 / 0.390625);                         // idle valve %
     c[9] = Raw((wot ? 60 + 30 * boost : 0) / 0.390625);          // boost control PWM %
     c[10] = Raw(s.rpm > 6000 ? 100 / 0.390625 : 0);              // shift light output %
@@ -149,13 +168,12 @@ Engine_Sample Engine_At(long row) {
     // Bits chosen so that a running engine sets a high bit of every status byte: a byte from
     // 10 to 15 would come out as a single hex letter in the program's row.
     const bool running = s.rpm > 300;
-    const bool idle = !wot && !p.fuel_cut && s.rpm < 1500;
+    const bool idle = !wot && !s.fuel_cut && s.rpm < 1500;
     s.status[0] = static_cast<std::uint8_t>((running ? 0x10 : 0) | (idle ? 0x04 : 0) | (idle ? 0x08 : 0) |
-                                            (s.rpm > 6400 ? 0x20 : 0) | (p.fuel_cut ? 0x40 : 0));
+                                            (s.rpm > 6400 ? 0x20 : 0) | (s.fuel_cut ? 0x40 : 0));
     s.status[1] = static_cast<std::uint8_t>((running ? 0x01 : 0) | (s.coolant > 90 ? 0x02 : 0) |
                                             (running ? 0x10 : 0) | (s.rpm > 6000 ? 0x20 : 0));
     s.status[2] = static_cast<std::uint8_t>(0x40 | (wot ? 0x80 : 0));
-    return s;
 }
 
 std::string Text_Header() {
@@ -283,7 +301,7 @@ int Scripted_Throttle(const Throttle_Script& script, double seconds) {
 }
 
 std::string Log_Stream::Row_Text(long row) {
-    Engine_Sample sample = Engine_At(row);
+    Engine_Sample sample = engine_ ? engine_(row) : Engine_At(row);
     // This stream's own rows count the script's time, whatever ran before it.
     const int scripted = Scripted_Throttle(throttle_, static_cast<double>(next_row_ - 1) * 0.05);
     if (scripted >= 0) {

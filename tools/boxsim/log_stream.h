@@ -11,6 +11,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,10 +40,21 @@ struct Engine_Sample {
     std::array<std::uint8_t, 40> columns{};
     std::array<std::uint8_t, 3> status{};
     std::uint32_t engine_on = 0; // 24-bit counter, one step a row
+    // What the drive is doing, for the figures that follow from it.
+    bool wot = false;
+    bool fuel_cut = false;
+    double boost = 0;   // 0 to 1 of full boost
+    double seconds = 0; // since the box came up
 };
 
 // The engine at row n of a stream (n from 0).
 Engine_Sample Engine_At(long row);
+// The figures of the test-drive at row n, before they are encoded.
+Engine_Sample Drive_At_Row(long row);
+// The raw columns and status bytes from the figures.
+void Encode(Engine_Sample& sample);
+// The stream's columns of analogue input 1 to 12 (0 for none).
+int Input_Column(int input);
 
 // A throttle a test holds where it wants: from each second (counted from the start of the
 // stream) the throttle input reads the given raw value, in place of the drive's own.
@@ -78,6 +90,10 @@ public:
     explicit Log_Stream(Stream_Faults faults = {}, Throttle_Script throttle = {})
         : faults_(faults), throttle_(std::move(throttle)) {}
 
+    // Where the rows come from: the test-drive unless an engine model is set.
+    using Engine = std::function<Engine_Sample(long row)>;
+    void Set_Engine(Engine engine) { engine_ = std::move(engine); }
+
     // The header goes at once; the first row one period later.
     std::string Start_Text(Stream_Time now);
     void Start_Binary(int length, Stream_Time now);
@@ -93,6 +109,7 @@ private:
     std::string Row_Text(long row);
 
     Stream_Faults faults_;
+    Engine engine_;
     Throttle_Script throttle_;
     Mode mode_ = Mode::Off;
     int length_ = Default_Frame_Length;

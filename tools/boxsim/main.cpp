@@ -16,8 +16,10 @@
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
+#include <fstream>
 #include <iostream>
 #include <poll.h>
+#include <sstream>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -70,6 +72,12 @@ bool Load_Layouts(const Options& options, Box_Config& config, std::string& error
     const std::string path = options.ini_path.empty() ? Shipped_File(Default_Ini_Name) : options.ini_path;
     if (path.empty()) return true;
     config.hs.layouts = Load_Engine_Layouts(path, error);
+    if (config.engine.enabled) {
+        std::ifstream in(path, std::ios::binary);
+        std::stringstream text;
+        text << in.rdbuf();
+        config.engine.sensors = Parse_Tuning_Sensors(text.str());
+    }
     return !config.hs.layouts.empty() || options.ini_path.empty();
 }
 

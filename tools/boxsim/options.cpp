@@ -86,8 +86,18 @@ std::string Usage() {
                "                         image's engine layout in the configuration file; a layout\n"
                "                         without a cam sensor still gets a cam pulse every two turns)\n"
                "  --hs-pwm-hz N          frequency of PWM 1 in that stream (default 25)\n"
-               "  --ini FILE             configuration file with the Engine_Config rows (default: the\n"
-               "                         shipped RZ400_800M3.ini)\n"
+               "  --drive demo|sweep     play an engine that needs a fuel time in each cell of the main\n"
+               "                         fuel map (what the settings hold at start) and whose lambda\n"
+               "                         sensor follows the map the box holds now; demo: the test-drive,\n"
+               "                         sweep: a dyno run holding each point of the map it can reach\n"
+               "                         (at least 1.6 s a point, about 285 s a round)\n"
+               "  --fuel-error RPM1-RPM2:LOAD1-LOAD2:PCT\n"
+               "                         that engine needs PCT percent more injector-open time (or less)\n"
+               "                         in the cells whose points lie in the region (load in the unit of\n"
+               "                         the fuel map's axis), so lambda reads leaner (richer) there;\n"
+               "                         repeatable, and implies --drive demo unless --drive is given\n"
+               "  --ini FILE             configuration file with the Engine_Config rows and the sensors\n"
+               "                         (default: the shipped RZ400_800M3.ini)\n"
                "  --trace FILE           log every character in and out: seconds since start,\n"
                "                         \"in\" (to the box), \"out\" (from it) or \"fault\", then the text\n"
                "  --fault KIND[@N]       inject a fault, see below\n"
@@ -196,6 +206,19 @@ std::optional<Options> Parse_Options(const std::vector<std::string>& args, std::
             o.box.hs.pwm_hz = static_cast<double>(n);
         } else if (name == "--ini") {
             ok = value(o.ini_path);
+        } else if (name == "--drive") {
+            ok = value(text);
+            if (ok && text != "demo" && text != "sweep") {
+                error = "--drive is demo or sweep";
+                ok = false;
+            }
+            o.box.engine.enabled = true;
+            o.box.engine.drive = text == "sweep" ? Drive::Sweep : Drive::Demo;
+        } else if (name == "--fuel-error") {
+            std::optional<Fuel_Error> e;
+            ok = value(text) && (e = Parse_Fuel_Error(text, error)).has_value();
+            if (ok) o.box.engine.errors.push_back(*e);
+            o.box.engine.enabled = true;
         } else if (name == "--fault") {
             ok = value(text) && Add_Fault(text, o.box_faults, o.line_faults, error);
         } else if (name == "--help" || name == "-h") {
