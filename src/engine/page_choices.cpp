@@ -77,6 +77,15 @@ constexpr Page_Choice Choices[] = {
      .shift = 3,
      .style = S::Combo,
      .source = I::Pwm_Load},
+    // The extra fuel table beside it follows the duty of PWM2's output once this is on.
+    {.name = "PWM2_FuelCorr_Opt",
+     .tab = T::PWM_Outputs,
+     .frame = "PWM2_FuelCorr_frame",
+     .caption = "Fuel follows the PWM2 output",
+     .address = 188,
+     .mask = 0x08,
+     .shift = 3,
+     .style = S::Check},
     // AFR control
     {.name = "Lambda_On_Off",
      .tab = T::AFR_Control,

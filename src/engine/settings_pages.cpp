@@ -48,6 +48,7 @@ constexpr Page_Frame Frames[] = {
     {"PWM_Function_frame", T::PWM_Outputs, "PWM output functions", 1},
     {"PWM_PID_Frame", T::PWM_Outputs, "Boost control PID", 1,
      "The boost control PID shows when a PWM output runs Boost control."},
+    {"PWM2_FuelCorr_frame", T::PWM_Outputs, "PWM2 extra fuel", 1},
     {"Lambda_frame", T::AFR_Control, "AFR control", 1},
     {"Lambda_Active_frame", T::AFR_Control, "AFR control is active", 1, "AFR control is off."},
     {"Idle_frame", T::Idle, "Idle", 1},

@@ -40,6 +40,10 @@ void Set_Limits(Edit_State& e, double min, double max, double gain = 1, double f
     e.maxText = Number_As_Text(max);
 }
 
+void Set_Limits(Edit_State& e, const Linear_Coding& coding) {
+    Set_Limits(e, coding.min, coding.max, coding.gain, 0, coding.offset);
+}
+
 int Lambda_Sensor(const Tables_Context& ctx) {
     return Sensor_For_Selection(ctx.image, ctx.sensors, ctx.tables.loads.LambdaSensor);
 }
@@ -178,8 +182,26 @@ bool Main_Map_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, in
     return true;
 }
 
+// The points a typed or pasted number goes to: those of a one-dimensional table, or the five
+// values of the PWM2 extra fuel block (its axis is not typed into).
+int Typed_Points(Table_Id id) {
+    if (id == Table_Id::Pwm2_Fuel) return Pwm_Fuel_Points;
+    auto table = One_D(id);
+    return table ? table->points : 0;
+}
+
+int Typed_Point_Address(const Tables_Context& ctx, Table_Id id, int i) {
+    return id == Table_Id::Pwm2_Fuel ? Grid_Address(ctx, id, i, 1) : One_D_Base(id) + i - 1;
+}
+
+int Value_Column(Table_Id id) {
+    return id == Table_Id::Pwm2_Fuel ? 1 : 2;
+}
+
 const char* One_D_KeyPress_Words(Table_Id id) {
     switch (id) {
+    case Table_Id::Pwm2_Fuel:
+        return "PWM2 FuelCorr grid KeyPress";
     case Table_Id::Fuel2_Map:
         return "Fuel Map grid";
     case Table_Id::Fuel2_Rpm:
@@ -195,6 +217,8 @@ const char* One_D_KeyPress_Words(Table_Id id) {
 
 const char* One_D_KeyDown_Words(Table_Id id) {
     switch (id) {
+    case Table_Id::Pwm2_Fuel:
+        return "PWM2 FuelCorr grid KeyDown";
     case Table_Id::Fuel2_Map:
         return "Fuel MAP Grid KeyDown";
     case Table_Id::Fuel2_Rpm:
@@ -302,7 +326,7 @@ void Grid_RowColChange(Tables_State& tables) {
 // --- limits -------------------------------------------------------------------------------
 
 void Get_igmap_maxmin(Tables_Context& ctx) {
-    Set_Limits(ctx.tables.edit, -25.6, 25.4, 5, 0, 128);
+    Set_Limits(ctx.tables.edit, Ign_Map_Coding);
 }
 
 void Get_fuelmap_maxmin(Tables_Context& ctx) {
@@ -331,7 +355,7 @@ void Get_fuelmap2_maxmin(Tables_Context& ctx) {
 }
 
 void Get_fuelrpm_maxmin(Tables_Context& ctx) {
-    Set_Limits(ctx.tables.edit, 0, 199, 256.0 / 200);
+    Set_Limits(ctx.tables.edit, Fuel_Rpm_Coding);
 }
 
 // The target is the lambda sensor's value; older datasets take what the sensor can show.
@@ -357,34 +381,27 @@ void Get_an_maxmin(Tables_Context& ctx) {
     Get_pwm_map_maxmin(ctx);
 }
 
-// Byte 44 bit 5 makes the compensation degrees, bit 4 the double range; datasets from 200
-// on have the degree ranges only.
 void Get_igrpm_maxmin(Tables_Context& ctx) {
-    Edit_State& e = ctx.tables.edit;
-    int b = ctx.image.CardByte[44];
-    bool bit4 = (b & 16) != 0;
-    bool bit5 = (b & 32) != 0;
-    if (ctx.image.DatasetID >= 200) {
-        if (bit4)
-            Set_Limits(e, -25.6, 25.4, 5, 0, 128);
-        else
-            Set_Limits(e, -12.8, 12.7, 10, 0, 128);
-    } else if (bit5) {
-        Set_Limits(e, -25.6, 25.4, 5, 0, 128);
-    } else if (bit4) {
-        Set_Limits(e, -200, 198, 0.64, 0, 128);
-    } else {
-        Set_Limits(e, -100, 99, 1.28, 0, 128);
-    }
+    Set_Limits(ctx.tables.edit, Ign_Rpm_Coding(ctx.image));
 }
 
 bool Get_Table_maxmin(Tables_Context& ctx, Table_Id id) {
     switch (id) {
+    case Table_Id::Pwm2_Fuel:
+        Set_Limits(ctx.tables.edit, Pwm_Fuel_Coding);
+        return true;
     case Table_Id::Ign_Comp1:
-        Get_igmap_maxmin(ctx);
+        if (ctx.tables.loads.Ign2ndLoadSensor == Rpm_Selection)
+            Get_igrpm_maxmin(ctx);
+        else
+            Get_igmap_maxmin(ctx);
         return true;
     case Table_Id::Fuel2_Map:
     case Table_Id::Fuel2_Rpm:
+        if (Fuel2_Rpm_Coded(ctx, id)) {
+            Get_fuelrpm_maxmin(ctx);
+            return true;
+        }
         if (id == Table_Id::Fuel2_Map)
             Get_fuelmap_maxmin(ctx);
         else
@@ -421,7 +438,8 @@ std::optional<std::uint8_t> One_D_Byte(const Tables_Context& ctx, Table_Id id, d
         if (!r) return std::nullopt;
         raw = *r;
     } else {
-        if ((id == Table_Id::Fuel2_Map || id == Table_Id::Fuel2_Rpm) && ctx.tables.Fuel2nd_Function > 2)
+        if ((id == Table_Id::Fuel2_Map || id == Table_Id::Fuel2_Rpm) && !Fuel2_Rpm_Coded(ctx, id) &&
+            ctx.tables.Fuel2nd_Function > 2)
             return std::nullopt;
         raw = value * e.TableGain + e.TableFine + e.TableOffset;
     }
@@ -454,8 +472,8 @@ bool Ignition_3D_Grid_KeyPress(Tables_Context& ctx, Grid_Selection& sel, int cod
 Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Selection& sel, int keycode,
                                const Edit_Hooks& hooks) {
     Key_Outcome out;
-    auto table = One_D(id);
-    if (!table) return out;
+    const int points = Typed_Points(id);
+    if (points == 0) return out;
     {
         Proc_Guard guard(ctx.log, One_D_KeyDown_Words(id));
         guard.Step([&] {
@@ -475,8 +493,8 @@ Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Sele
             if (!byte) return;
             int start = std::min(sel.Row, sel.RowSel);
             int last = std::max(sel.Row, sel.RowSel);
-            for (int i = std::max(start, 1); i <= std::min(last, table->points); ++i)
-                Put_Byte(ctx.image, One_D_Base(id) + i - 1, *byte);
+            for (int i = std::max(start, 1); i <= std::min(last, points); ++i)
+                Put_Byte(ctx.image, Typed_Point_Address(ctx, id, i), *byte);
         });
     }
     if (out.handled) Run_Update_All(ctx, hooks);
@@ -486,8 +504,8 @@ Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Sele
 bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, int code,
                          std::string& clipboard, const Edit_Hooks& hooks) {
     if (code != Ctrl_C && code != Ctrl_V) return false;
-    auto table = One_D(id);
-    if (!table) return false;
+    const int points = Typed_Points(id);
+    if (points == 0) return false;
     if (code == Ctrl_C) {
         clipboard = Grid_Selection_Text(ctx, id, sel);
         return true;
@@ -498,10 +516,10 @@ bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, 
         guard.Step([&] {
             auto rows = Split_Clipboard(clipboard);
             if (rows.empty() || !Get_Table_maxmin(ctx, id)) return;
-            int first = std::clamp(std::min(sel.Row, sel.RowSel), 1, table->points);
-            int last = std::clamp(std::max(sel.Row, sel.RowSel), 1, table->points);
+            int first = std::clamp(std::min(sel.Row, sel.RowSel), 1, points);
+            int last = std::clamp(std::max(sel.Row, sel.RowSel), 1, points);
             // A single point takes the whole column from there on, as far as the table reaches.
-            if (first == last) last = std::min(table->points, first + static_cast<int>(rows.size()) - 1);
+            if (first == last) last = std::min(points, first + static_cast<int>(rows.size()) - 1);
             save_to_undolist(ctx.undo, ctx.image);
             Edit_State& e = ctx.tables.edit;
             for (int i = first; i <= last; ++i) {
@@ -512,9 +530,9 @@ bool One_D_Grid_KeyPress(Tables_Context& ctx, Table_Id id, Grid_Selection& sel, 
                 e.set_table_text = rows[k].front();
                 Set_MaxMin_Table_Text(ctx.tables);
                 auto byte = One_D_Byte(ctx, id, Text_To_Double(e.set_table_text), false);
-                if (byte) Put_Byte(ctx.image, One_D_Base(id) + i - 1, *byte);
+                if (byte) Put_Byte(ctx.image, Typed_Point_Address(ctx, id, i), *byte);
             }
-            sel = {first, 2, last, 2};
+            sel = {first, Value_Column(id), last, Value_Column(id)};
             changed = true;
         });
     }

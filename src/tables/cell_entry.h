@@ -78,14 +78,18 @@ void Grid_RowColChange(Tables_State& tables);
 void Get_igmap_maxmin(Tables_Context& ctx);      // 1st Ignition compensation
 void Get_fuelmap_maxmin(Tables_Context& ctx);    // 2nd Fuel MAP, by its function
 void Get_fuelmap2_maxmin(Tables_Context& ctx);   // 2nd Fuel RPM, the same
-void Get_fuelrpm_maxmin(Tables_Context& ctx);    // 0 to 199, gain 256/200
+void Get_fuelrpm_maxmin(Tables_Context& ctx);    // a fuel table over engine speed: 0 to 199 %
 void Get_fuellambda_maxmin(Tables_Context& ctx); // AFR target
 void Get_pwm_map_maxmin(Tables_Context& ctx);    // PWM in percent, or boost in the sensor's unit
 void Get_pwm_rpm_maxmin(Tables_Context& ctx);    // PWM tables over engine speed
 void Get_an_maxmin(Tables_Context& ctx);         // PWM tables over an analogue input
-void Get_igrpm_maxmin(Tables_Context& ctx);      // ignition compensation by byte 44 and dataset
-// The routine of a one-dimensional table's grid; false when the table shows nothing (a 2nd
-// fuel function out of the list) or is not one-dimensional.
+void Get_igrpm_maxmin(Tables_Context& ctx);      // ignition compensation over engine speed, by byte 44
+// The routine of a one-dimensional table's grid (and the PWM2 extra fuel's), by the table and
+// its axis: the 1st Ignition
+// compensation takes Get_igrpm_maxmin over engine speed and Get_igmap_maxmin over an input; a
+// 2nd fuel table over engine speed on the boost controller takes Get_fuelrpm_maxmin, and
+// otherwise its function's limits. False when the table shows nothing (a 2nd fuel function
+// out of the list) or is not one-dimensional.
 bool Get_Table_maxmin(Tables_Context& ctx, Table_Id id);
 
 // Brings set_table_text into TableMin..TableMax.
@@ -123,8 +127,9 @@ bool Ignition_3D_Grid_KeyPress(Tables_Context& ctx, Grid_Selection& sel, int cod
                                const Edit_Hooks& hooks);
 
 // The one-dimensional family (Fuel_MAP_Grid, Fuel_RPM_Grid, Fuel_Lambda_Grid,
-// Ig_2ndMAP_Grid, PWM_MAP_Grid): the typed text goes to set_table_text, is brought into the
-// table's limits and becomes every selected point's byte.
+// Ig_2ndMAP_Grid, PWM_MAP_Grid), and the values of PWM2_FuelCorr_grid: the typed text goes
+// to set_table_text, is brought into the table's limits and becomes every selected point's
+// byte.
 Key_Outcome One_D_Grid_KeyDown(Tables_Context& ctx, Table_Id id, const Grid_Selection& sel, int keycode,
                                const Edit_Hooks& hooks);
 

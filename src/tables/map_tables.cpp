@@ -65,12 +65,13 @@ std::string Value_Format(const Tables_Context& ctx, Table_Id id) {
     int s = Value_Sensor(ctx, id);
     if (id == Table_Id::Afr || (id == Table_Id::Pwm1 && ctx.tables.Pwm1_Boost))
         return Sensor_Format(ctx.sensors.table, s);
-    if (Is_Fuel2(id)) return ctx.tables.Fuel2nd_Function == 1 ? "0" : "0.0";
+    if (Is_Fuel2(id) && !Fuel2_Rpm_Coded(ctx, id)) return ctx.tables.Fuel2nd_Function == 1 ? "0" : "0.0";
     return "0.0";
 }
 
 std::string Value_Unit(const Tables_Context& ctx, Table_Id id) {
-    if (id == Table_Id::Ign_Comp1) return "deg";
+    if (id == Table_Id::Ign_Comp1) return Ign_Comp1_Coding(ctx).percent ? "%" : "deg";
+    if (Fuel2_Rpm_Coded(ctx, id)) return "%";
     if (Is_Fuel2(id)) {
         switch (ctx.tables.Fuel2nd_Function) {
         case 0:
@@ -308,6 +309,28 @@ std::optional<Table_Id> Current_Table(const Tables_State& t) {
     }
 }
 
+// --- codings that a table's limits decide ---------------------------------------------------
+
+Linear_Coding Ign_Rpm_Coding(const Settings_Image& image) {
+    const int b = image.CardByte[44];
+    const bool bit4 = (b & 16) != 0;
+    const bool bit5 = (b & 32) != 0;
+    if (image.DatasetID >= Stand_Alone_Dataset)
+        return bit4 ? Ign_Map_Coding : Linear_Coding{-12.8, 12.7, 5, 128};
+    if (bit5) return Ign_Map_Coding;
+    if (bit4) return {-200, 198, 0.64, 128, true};
+    return {-100, 99, 1.28, 128, true};
+}
+
+Linear_Coding Ign_Comp1_Coding(const Tables_Context& ctx) {
+    return ctx.tables.loads.Ign2ndLoadSensor == Rpm_Selection ? Ign_Rpm_Coding(ctx.image) : Ign_Map_Coding;
+}
+
+bool Fuel2_Rpm_Coded(const Tables_Context& ctx, Table_Id id) {
+    return Is_Fuel2(id) && ctx.image.DatasetID < Stand_Alone_Dataset &&
+           Selection_Of(ctx.tables, id) == Rpm_Selection;
+}
+
 // --- grids --------------------------------------------------------------------------------
 
 Grid_Shape Grid_Size(const Tables_Context& ctx, Table_Id id) {
@@ -323,12 +346,15 @@ std::optional<double> Table_Value(const Tables_Context& ctx, Table_Id id, std::u
         return Fuel_Cell_Value(b);
     case Table_Id::Ignition_3D:
         return Ign_Cell_Value(b);
-    case Table_Id::Ign_Comp1:
-        return (b - 128) / 5.0;
+    case Table_Id::Ign_Comp1: {
+        Linear_Coding coding = Ign_Comp1_Coding(ctx);
+        return (b - coding.offset) / coding.gain;
+    }
     case Table_Id::Pwm2_Fuel:
-        return (b - 128) * 0.2;
+        return (b - Pwm_Fuel_Coding.offset) / Pwm_Fuel_Coding.gain;
     case Table_Id::Fuel2_Map:
     case Table_Id::Fuel2_Rpm:
+        if (Fuel2_Rpm_Coded(ctx, id)) return b / Fuel_Rpm_Coding.gain;
         switch (ctx.tables.Fuel2nd_Function) {
         case 0:
             return b / 10.0;
@@ -466,6 +492,29 @@ Chart_Data Comp_Curve_Chart(const Tables_Context& ctx, int first_index) {
     chart.x_title = Load_Input_Name(selection) + (load.unit.empty() ? "" : " [" + load.unit + "]");
     chart.y_title = first_index <= 95 ? "PWM1 comp. [%]" : "2nd Ignition compensation [deg]";
     return chart;
+}
+
+double Comp_Curve_At(const Tables_Context& ctx, int first_index, double raw) {
+    const auto& b = ctx.image.CardByte;
+    const double p1 = b[At(first_index)];
+    const double p2 = b[At(first_index + 2)];
+    const double y1 = Scroll_Value(ctx.image, first_index + 1, b[At(first_index + 1)]);
+    const double y2 = Scroll_Value(ctx.image, first_index + 3, b[At(first_index + 3)]);
+    if (raw <= p1) return y1;
+    if (raw >= p2) return y2;
+    return y1 + (y2 - y1) * (raw - p1) / (p2 - p1);
+}
+
+double Comp_Curve_Load(const Tables_Context& ctx, int first_index, double raw) {
+    return Curve_X(ctx, Curve_Selection(ctx.tables, first_index), raw);
+}
+
+std::string Comp_Curve_Unit(const Tables_Context& ctx, int first_index) {
+    return Main_Scroll_Text(ctx, first_index).unit;
+}
+
+std::string Table_Unit(const Tables_Context& ctx, Table_Id id) {
+    return Value_Unit(ctx, id);
 }
 
 // --- combos and sliders -------------------------------------------------------------------------

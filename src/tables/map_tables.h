@@ -113,6 +113,38 @@ std::optional<Table_Id> Current_Table(const Tables_State& tables);
 Map_Block Fuel_Block(const Tables_Context& ctx);
 Map_Block Ign_Block(const Tables_Context& ctx);
 
+// --- codings that a table's limits decide ---------------------------------------------------
+
+// Datasets from here are the stand-alone box; below it the boost controller's layouts.
+inline constexpr int Stand_Alone_Dataset = 200;
+
+// A one-dimensional table whose byte reads as value = (b - offset) / gain, typed within
+// min..max. `percent`: shown in percent; degrees otherwise.
+struct Linear_Coding {
+    double min = 0;
+    double max = 0;
+    double gain = 1;
+    double offset = 0;
+    bool percent = false;
+};
+
+// The 1st Ignition compensation over an analogue input: 0.2 degrees a step around 128.
+inline constexpr Linear_Coding Ign_Map_Coding{-25.6, 25.4, 5, 128, false};
+// PWM2 extra fuel: 0.2 % a step around 128.
+inline constexpr Linear_Coding Pwm_Fuel_Coding{-25.6, 25.4, 5, 128, true};
+// A fuel table over engine speed on the boost controller: 0 to 199 %, 100 % at byte 128.
+inline constexpr Linear_Coding Fuel_Rpm_Coding{0, 199, 256.0 / 200, 0, true};
+// The 1st Ignition compensation over engine speed, by bits 4 and 5 of byte 44. The
+// stand-alone box keeps the 0.2-degree step and takes +-12.7 degrees, or +-25.4 with bit 4;
+// the boost controller reads the table in percent, +-100 % (bit 4: +-200 %), or in degrees
+// with bit 5.
+Linear_Coding Ign_Rpm_Coding(const Settings_Image& image);
+// The coding the 1st Ignition compensation reads in now, by its load selection.
+Linear_Coding Ign_Comp1_Coding(const Tables_Context& ctx);
+// Whether a 2nd fuel table reads in Fuel_Rpm_Coding instead of by the function: over engine
+// speed on the boost controller.
+bool Fuel2_Rpm_Coded(const Tables_Context& ctx, Table_Id id);
+
 // --- grids --------------------------------------------------------------------------------
 
 struct Grid_Shape {
@@ -146,6 +178,15 @@ Chart_Data Table_Chart(const Tables_Context& ctx, Table_Id id);
 // The two-point compensation curves set by four sliders each: PWM1 comp. from 92 to 95,
 // 2nd ignition compensation from 96 to 99. Flat before the first point and after the second.
 Chart_Data Comp_Curve_Chart(const Tables_Context& ctx, int first_index);
+// The curve at raw reading `raw` (0 to 255) of its input: straight between its two points,
+// flat before the first and after the second.
+double Comp_Curve_At(const Tables_Context& ctx, int first_index, double raw);
+// Where raw reading `raw` of the curve's input lies: the sensor's value, or engine speed.
+double Comp_Curve_Load(const Tables_Context& ctx, int first_index, double raw);
+// The unit of the curve's input, as its load point sliders show it ("rpm" over speed).
+std::string Comp_Curve_Unit(const Tables_Context& ctx, int first_index);
+// The unit of a one-dimensional table's values: "%", "ms", "deg" or its sensor's.
+std::string Table_Unit(const Tables_Context& ctx, Table_Id id);
 
 // --- combos and sliders of the map tabs ------------------------------------------------------
 

@@ -68,19 +68,21 @@ double Shown_Value(const Tables_Context& ctx, Table_Id id, int i) {
 }
 
 // A ramp over the points: `ramp` gives what point i gets added (negative to take away).
-// The 1st Ignition compensation counts through its shown text, which agrees with its byte
-// at the table's step of 0.2 degrees.
+// The 1st Ignition compensation in degrees counts through its shown text, which agrees with
+// its byte at the table's step of 0.2 degrees; read in percent it counts on the byte, where
+// its one-decimal text would not give the byte back.
 template <class Ramp>
 void One_D_Ramp(Tables_Context& ctx, const Grid_Selection& sel, Ramp ramp) {
     auto range = Shown_Points(ctx, sel);
     if (!range) return;
-    if (range->id == Table_Id::Ign_Comp1) Get_igmap_maxmin(ctx);
+    const bool through_text = range->id == Table_Id::Ign_Comp1 && !Ign_Comp1_Coding(ctx).percent;
+    if (through_text) Get_igmap_maxmin(ctx);
     const Edit_State& e = ctx.tables.edit;
     for (int i = range->Start; i <= range->Start + range->Size; ++i) {
         if (!range->Holds(i)) continue;
         int a = range->Address(i);
         int step = ramp(i, *range);
-        if (range->id == Table_Id::Ign_Comp1)
+        if (through_text)
             Put(ctx.image, a,
                 Round_Even_Whole(Shown_Value(ctx, range->id, i) * e.TableGain + e.TableOffset + step));
         else

@@ -101,19 +101,6 @@ Map_Tabs::Map_Tabs(App_Context& app, Map_Tabs_Hooks hooks, QTabWidget* ignition,
     }
     Build_Comp_Page(pwm_->widget(1), 92, "PwmMapChart(0)");
 
-    // The small block of extra fuel by PWM2's output stands with that output.
-    QWidget* pwm2 = pwm_->widget(2);
-    auto* extra = new QHBoxLayout;
-    auto* extra_title = new QLabel("PWM2 extra fuel", pwm2);
-    extra_title->setObjectName("PWM2_FuelCorr_label");
-    extra->addWidget(extra_title, 0, Qt::AlignTop);
-    QTableView* extra_grid = Add_Grid(pwm2, "PWM2_FuelCorr_grid", Table_Id::Pwm2_Fuel);
-    extra_grid->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
-    extra_grid->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    extra->addWidget(extra_grid, 0, Qt::AlignTop);
-    extra->addStretch(1);
-    static_cast<QBoxLayout*>(pwm2->layout())->addLayout(extra);
-
     Build_Edit_Panels();
 
     for (QTabWidget* tabs : {ignition_, fuel_, pwm_})

@@ -36,39 +36,6 @@ bool Is_Main_Map(Table_Id id) {
     return id == Table_Id::Fuel_3D || id == Table_Id::Ignition_3D;
 }
 
-// The key code a grid's handlers know for a key event; 0 for one they don't.
-int Key_Code_Of(const QKeyEvent* e) {
-    if (e->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return 0;
-    const bool pad = e->modifiers() & Qt::KeypadModifier;
-    const int key = e->key();
-    if (key >= Qt::Key_0 && key <= Qt::Key_9) return (pad ? Key::Pad_0 : '0') + (key - Qt::Key_0);
-    switch (key) {
-    case Qt::Key_Backspace:
-        return Key::Back;
-    case Qt::Key_Delete:
-        return Key::Delete;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        return Key::Enter;
-    case Qt::Key_Period:
-        return pad ? Key::Pad_Decimal : Key::Point;
-    case Qt::Key_Comma:
-        return pad ? Key::Pad_Decimal : Key::Comma;
-    case Qt::Key_Minus:
-        return pad ? Key::Pad_Minus : Key::Minus;
-    case Qt::Key_P:
-        return Key::P;
-    case Qt::Key_O:
-        return Key::O;
-    case Qt::Key_A:
-        return Key::A;
-    case Qt::Key_Z:
-        return Key::Z;
-    default:
-        return 0;
-    }
-}
-
 void Paint_Frame(QFrame* frame, const Rgb& c) {
     frame->setStyleSheet(QStringLiteral("background-color: rgb(%1,%2,%3); border: 1px solid gray;")
                              .arg(c.r)
@@ -418,20 +385,7 @@ void Map_Tabs::Refresh_3D_View() {
 // --- grids ------------------------------------------------------------------------------------------
 
 Grid_Selection Map_Tabs::Selection_Of(Table_Id id) const {
-    QTableView* view = Grid(id);
-    QModelIndex current = view->currentIndex();
-    QItemSelection selection = view->selectionModel()->selection();
-    if (selection.isEmpty()) {
-        int r = current.isValid() ? std::max(current.row(), 1) : 1;
-        int c = current.isValid() ? std::max(current.column(), 1) : Is_Main_Map(id) ? 1 : 2;
-        return {r, c, r, c};
-    }
-    const QItemSelectionRange& range = selection.first();
-    bool anchored = current.isValid() && range.contains(current);
-    int row = anchored ? current.row() : range.top();
-    int col = anchored ? current.column() : range.left();
-    return {row, col, row == range.top() ? range.bottom() : range.top(),
-            col == range.left() ? range.right() : range.left()};
+    return View_Selection(Grid(id), Is_Main_Map(id) ? 1 : 2);
 }
 
 void Map_Tabs::Set_Selection(Table_Id id, const Grid_Selection& sel) {
@@ -472,10 +426,8 @@ bool Map_Tabs::Grid_Key(Table_Id id, QKeyEvent* e) {
         std::string clip = copy ? std::string() : QApplication::clipboard()->text().toStdString();
         if (main_map)
             (fuel ? Fuel_3D_Grid_KeyPress : Ignition_3D_Grid_KeyPress)(ctx, sel, code, clip, hooks);
-        else if (One_D(id))
+        else
             One_D_Grid_KeyPress(ctx, id, sel, code, clip, hooks);
-        else if (copy) // a grid that only shows its table
-            clip = Grid_Selection_Text(ctx, id, sel);
         if (copy) {
             QApplication::clipboard()->setText(QString::fromStdString(clip));
         } else {
@@ -485,7 +437,7 @@ bool Map_Tabs::Grid_Key(Table_Id id, QKeyEvent* e) {
         return true;
     }
 
-    const int code = Key_Code_Of(e);
+    const int code = Grid_Key_Code(e);
     // Letters and signs that do nothing here must not move the cursor as a search would.
     const bool printable = !e->text().isEmpty() && e->text().at(0).isPrint() &&
                            !(e->modifiers() & (Qt::ControlModifier | Qt::AltModifier));

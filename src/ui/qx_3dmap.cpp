@@ -20,6 +20,9 @@
 #include <QtDataVisualization/QSurfaceDataProxy>
 #include <QtDataVisualization/QValue3DAxis>
 
+#include <algorithm>
+#include <cmath>
+
 namespace quorlen::ui {
 
 namespace {
@@ -31,6 +34,12 @@ bool OpenGL_Available() {
     if (platform == "offscreen" || platform == "minimal") return false;
     QOpenGLContext probe;
     return probe.create();
+}
+
+// Whole numbers (engine speed, cycles) get no decimals on their axis.
+const char* Label_Format(const std::vector<double>& values) {
+    bool whole = std::all_of(values.begin(), values.end(), [](double v) { return v == std::floor(v); });
+    return whole ? "%.0f" : "%.2f";
 }
 
 void Range(QValue3DAxis* axis, const std::vector<double>& values) {
@@ -51,7 +60,7 @@ QX_3Dmap::QX_3Dmap(App_Context& app, std::function<User_Dialogs&()> dialogs, QWi
     auto* top = new QHBoxLayout;
     Map_Select_Combo_ = new QComboBox(this);
     Map_Select_Combo_->setObjectName("Map_Select_Combo");
-    Map_Select_Combo_->addItems({"Fuel map", "Ignition map"});
+    Map_Select_Combo_->addItems({"Fuel map", "Ignition map", "PWM map", "Acceleration fuel"});
     top->addWidget(Map_Select_Combo_);
     top->addStretch(1);
     auto* export_button = new QPushButton("Export...", this);
@@ -80,9 +89,7 @@ QX_3Dmap::QX_3Dmap(App_Context& app, std::function<User_Dialogs&()> dialogs, QWi
         graph_->activeTheme()->setLabelBackgroundEnabled(false);
         for (QValue3DAxis* axis : {graph_->axisX(), graph_->axisY(), graph_->axisZ()})
             axis->setTitleVisible(true);
-        graph_->axisX()->setLabelFormat("%.0f");
         graph_->axisY()->setLabelFormat("%.1f");
-        graph_->axisZ()->setLabelFormat("%.2f");
         // Speed and load are of unlike units: the floor is square, not scaled by the ranges.
         graph_->setHorizontalAspectRatio(1.0);
         graph_->scene()->activeCamera()->setCameraPosition(-35, 25, 82);
@@ -109,7 +116,22 @@ void QX_3Dmap::Show_Map(int index) {
 void QX_3Dmap::Update_3D() {
     User_Dialogs& dialogs = dialogs_();
     Tables_Context ctx = app_.Tables(dialogs);
-    data_ = Map_Select_Combo_->currentIndex() == 1 ? Calculate_Ign3dmap(ctx) : Calculate_Fuel3dmap(ctx);
+    switch (Map_Select_Combo_->currentIndex()) {
+    case 1:
+        data_ = Calculate_Ign3dmap(ctx);
+        break;
+    case 2:
+        data_ = Calculate_PWM3dmap(ctx);
+        break;
+    case 3:
+        data_ = Calculate_Acc3dmap(ctx);
+        break;
+    default:
+        data_ = Calculate_Fuel3dmap(ctx);
+        break;
+    }
+    // The PWM item names what PWM 1 runs now.
+    Map_Select_Combo_->setItemText(2, app_.tables.Pwm1_Boost ? "Boost map" : "PWM map");
     if (graph_ == nullptr) return;
     auto* rows = new QSurfaceDataArray;
     rows->reserve(static_cast<qsizetype>(data_.y.size()));
@@ -128,6 +150,8 @@ void QX_3Dmap::Update_3D() {
     graph_->axisZ()->setTitle(QString::fromStdString(data_.z_title));
     Range(graph_->axisX(), data_.x);
     Range(graph_->axisZ(), data_.z);
+    graph_->axisX()->setLabelFormat(Label_Format(data_.x));
+    graph_->axisZ()->setLabelFormat(Label_Format(data_.z));
 }
 
 QImage QX_3Dmap::Surface_Image(QSize size) const {

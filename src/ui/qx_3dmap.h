@@ -1,7 +1,8 @@
 #pragma once
-// The main fuel or ignition map as a surface: engine speed across, load deep, the cell
-// values up, coloured from blue through white to red. Without OpenGL the window keeps the
-// data (and its export as text) and says why there is no surface.
+// A map as a surface: the main fuel or ignition map (engine speed across, load deep, the cell
+// values up), PWM 1 with its compensation, or the acceleration fuel; coloured from blue
+// through white to red. Without OpenGL the window keeps the data (and its export as text)
+// and says why there is no surface.
 
 #include "tables/surface_data.h"
 #include "ui/child_form.h"
@@ -27,9 +28,9 @@ class QX_3Dmap final : public Child_Form {
 public:
     QX_3Dmap(App_Context& app, std::function<User_Dialogs&()> dialogs, QWidget* parent);
 
-    // 0 the fuel map, 1 the ignition map.
+    // 0 the fuel map, 1 the ignition map, 2 PWM 1 (boost or PWM), 3 the acceleration fuel.
     void Show_Map(int index);
-    // Calculate_Fuel3dmap or its ignition twin into the surface.
+    // The chosen map's Calculate_*3dmap into the surface.
     void Update_3D();
     // Asks for a name and saves the picture (.bmp) or the data (.csv).
     void Export_Image_Click();

@@ -1,18 +1,23 @@
 #include "ui/qx_settings.h"
 
 #include "core/proc_guard.h"
+#include "tables/cell_entry.h"
 #include "ui/engine_config_box.h"
 #include "ui/map_axes_panel.h"
 #include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
+#include "ui/table_models.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QButtonGroup>
 #include <QChart>
 #include <QChartView>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLineSeries>
@@ -20,6 +25,7 @@
 #include <QScrollBar>
 #include <QShowEvent>
 #include <QTabWidget>
+#include <QTableView>
 #include <QValueAxis>
 
 #include <algorithm>
@@ -49,6 +55,28 @@ void QX_settings::showEvent(QShowEvent* event) {
 
 // --- from the image ---------------------------------------------------------------------------
 
+// The PWM2 extra fuel grid takes typed numbers and the clipboard as the map grids do.
+bool QX_settings::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != PWM2_FuelCorr_grid_ || event->type() != QEvent::KeyPress)
+        return Child_Form::eventFilter(watched, event);
+    auto* e = static_cast<QKeyEvent*>(event);
+    Tables_Context ctx = app_.Tables(hooks_.Dialogs());
+    Edit_Hooks hooks;
+    hooks.Update_All = hooks_.Update_All;
+    Grid_Selection sel = View_Selection(PWM2_FuelCorr_grid_, 1);
+    const bool copy = e->matches(QKeySequence::Copy);
+    if (copy || e->matches(QKeySequence::Paste)) {
+        std::string clip = copy ? std::string() : QApplication::clipboard()->text().toStdString();
+        One_D_Grid_KeyPress(ctx, Table_Id::Pwm2_Fuel, sel, copy ? Ctrl_C : Ctrl_V, clip, hooks);
+        if (copy) QApplication::clipboard()->setText(QString::fromStdString(clip));
+        return true;
+    }
+    const int code = Grid_Key_Code(e);
+    const bool printable = !e->text().isEmpty() && e->text().at(0).isPrint();
+    if (code == 0) return printable; // a letter must not move the cursor as a search would
+    return One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, sel, code, hooks).handled || printable;
+}
+
 void QX_settings::Update_Settings() {
     Proc_Guard guard(app_.log, "Update settings form");
     showing_ = true;
@@ -73,6 +101,10 @@ void QX_settings::Update_Settings() {
         Update_Digital_chart();
     });
     guard.Step([&] { Show_Analog_Inputs(); });
+    guard.Step([&] {
+        Pwm_Fuel_Model_->Refresh();
+        PWM2_FuelCorr_grid_->resizeColumnsToContents();
+    });
     guard.Step([&] {
         for (Map_Axes_Panel* axes : axes_)
             if (axes != nullptr) axes->Refresh();

@@ -32,11 +32,13 @@ class QLineEdit;
 class QScrollArea;
 class QScrollBar;
 class QTabWidget;
+class QTableView;
 class QVBoxLayout;
 
 namespace quorlen::ui {
 
 class Engine_Config_Box;
+class Image_Table_Model;
 class Model_Preset_Box;
 class Map_Axes_Panel;
 
@@ -92,6 +94,8 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    // Typing, Ctrl+C and Ctrl+V on the PWM2 extra fuel grid.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // One slider with its label (none for the unlabelled cells of the digital outputs' grid),
@@ -133,6 +137,7 @@ private:
     Choice& Add_Choice(const Page_Choice& c, QWidget* parent, QGridLayout* grid, int row);
     Chart* Add_Chart(QWidget* parent, const QString& name, const QString& title);
     void Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QVBoxLayout* right);
+    void Build_Pwm_Fuel_Grid(QGroupBox* box);
     QWidget* Build_Map_Axes(Map_Head head, QWidget* page);
 
     void Choice_Clicked(const Page_Choice& c, int n);
@@ -170,6 +175,8 @@ private:
     QLabel* Fuel_teeth_recomend_ = nullptr;
     QLabel* Forbidden_tooth_label_ = nullptr;
     QLabel* Analog_Input_Sensors_ = nullptr;
+    QTableView* PWM2_FuelCorr_grid_ = nullptr;
+    Image_Table_Model* Pwm_Fuel_Model_ = nullptr;
     Engine_Config_Box* Engine_Config_frame_ = nullptr;
     Model_Preset_Box* Model_preset_frame_ = nullptr;
     // The shape and axes of the fuel map (Fuel settings) and of the ignition map (Ignition).

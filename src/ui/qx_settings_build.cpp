@@ -6,6 +6,9 @@
 #include "ui/model_preset_box.h"
 #include "ui/qt_dialogs.h"
 #include "ui/qx_settings.h"
+#include "ui/table_models.h"
+
+#include "tables/cell_entry.h"
 
 #include <QButtonGroup>
 #include <QChart>
@@ -16,6 +19,7 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProxyStyle>
@@ -26,6 +30,7 @@
 #include <QStyleOptionTab>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTableView>
 #include <QVBoxLayout>
 #include <QValueAxis>
 
@@ -394,6 +399,38 @@ void QX_settings::Build_Digital_Outputs(QGroupBox* box) {
     }
 }
 
+// The PWM2 extra fuel table under its switch: the output's duty down the side, the fuel it
+// adds beside, typed into as the one-dimensional maps are.
+void QX_settings::Build_Pwm_Fuel_Grid(QGroupBox* box) {
+    auto* grid = static_cast<QGridLayout*>(box->layout());
+    Pwm_Fuel_Model_ =
+        new Image_Table_Model([this] { return app_.Tables(hooks_.Dialogs()); }, Table_Id::Pwm2_Fuel, this);
+    PWM2_FuelCorr_grid_ = new QTableView(box);
+    QTableView* view = PWM2_FuelCorr_grid_;
+    view->setObjectName("PWM2_FuelCorr_grid");
+    view->setModel(Pwm_Fuel_Model_);
+    view->horizontalHeader()->hide();
+    view->verticalHeader()->hide();
+    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view->setCornerButtonEnabled(false);
+    view->setSelectionMode(QAbstractItemView::ContiguousSelection);
+    view->setItemDelegate(new Grid_Cell_Delegate(view));
+    Pwm_Fuel_Model_->Set_Font(view->font());
+    view->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    view->verticalHeader()->setDefaultSectionSize(QFontMetrics(view->font()).height() + 6);
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+    view->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    view->installEventFilter(this);
+    // Any move of the selection starts a new number.
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { Grid_RowColChange(app_.tables); });
+    connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this] { Grid_RowColChange(app_.tables); });
+    grid->addWidget(view, grid->rowCount(), 0, 1, 4, Qt::AlignLeft);
+}
+
 QWidget* QX_settings::Build_Map_Axes(Map_Head head, QWidget* page) {
     const bool fuel = head == Map_Head::Fuel;
     Map_Axes_Hooks hooks{hooks_.Dialogs, hooks_.Update_Tabs, hooks_.Show_Right_Tabs, hooks_.Update_All};
@@ -413,6 +450,9 @@ QWidget* QX_settings::Build_Map_Axes(Map_Head head, QWidget* page) {
 void QX_settings::Build_Tab_Extras(int tab, QWidget* page, QVBoxLayout* left, QVBoxLayout* right) {
     auto grid_of = [this](const char* frame) { return static_cast<QGridLayout*>(frames_[frame]->layout()); };
     switch (tab) {
+    case Settings_Tab::PWM_Outputs:
+        Build_Pwm_Fuel_Grid(frames_["PWM2_FuelCorr_frame"]);
+        break;
     case Settings_Tab::Temp_Corrections:
         Temp_Chart_ = Add_Chart(page, "Temp_Chart", "Temperature corrections");
         right->addWidget(Temp_Chart_->view);

@@ -1,11 +1,66 @@
 #include "ui/table_models.h"
 
+#include "tables/cell_entry.h"
+
 #include <QBrush>
 #include <QColor>
 #include <QFont>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QPainter>
+#include <QTableView>
+
+#include <algorithm>
 
 namespace quorlen::ui {
+
+int Grid_Key_Code(const QKeyEvent* e) {
+    if (e->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return 0;
+    const bool pad = e->modifiers() & Qt::KeypadModifier;
+    const int key = e->key();
+    if (key >= Qt::Key_0 && key <= Qt::Key_9) return (pad ? Key::Pad_0 : '0') + (key - Qt::Key_0);
+    switch (key) {
+    case Qt::Key_Backspace:
+        return Key::Back;
+    case Qt::Key_Delete:
+        return Key::Delete;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return Key::Enter;
+    case Qt::Key_Period:
+        return pad ? Key::Pad_Decimal : Key::Point;
+    case Qt::Key_Comma:
+        return pad ? Key::Pad_Decimal : Key::Comma;
+    case Qt::Key_Minus:
+        return pad ? Key::Pad_Minus : Key::Minus;
+    case Qt::Key_P:
+        return Key::P;
+    case Qt::Key_O:
+        return Key::O;
+    case Qt::Key_A:
+        return Key::A;
+    case Qt::Key_Z:
+        return Key::Z;
+    default:
+        return 0;
+    }
+}
+
+Grid_Selection View_Selection(const QTableView* view, int first_col) {
+    QModelIndex current = view->currentIndex();
+    QItemSelection selection = view->selectionModel()->selection();
+    if (selection.isEmpty()) {
+        int r = current.isValid() ? std::max(current.row(), 1) : 1;
+        int c = current.isValid() ? std::max(current.column(), 1) : first_col;
+        return {r, c, r, c};
+    }
+    const QItemSelectionRange& range = selection.first();
+    bool anchored = current.isValid() && range.contains(current);
+    int row = anchored ? current.row() : range.top();
+    int col = anchored ? current.column() : range.left();
+    return {row, col, row == range.top() ? range.bottom() : range.top(),
+            col == range.left() ? range.right() : range.left()};
+}
 
 void Image_Table_Model::Set_Font(const QFont& font) {
     bold_ = font;

@@ -16,7 +16,16 @@
 #include <functional>
 #include <vector>
 
+class QKeyEvent;
+class QTableView;
+
 namespace quorlen::ui {
+
+// The key code the grids' handlers know for a key event; 0 for one they don't.
+int Grid_Key_Code(const QKeyEvent* e);
+// The selection of a grid as the grid keeps it (anchor and far corner); without a selection
+// the current cell, or row 1 and column `first_col`.
+Grid_Selection View_Selection(const QTableView* view, int first_col);
 
 class Image_Table_Model final : public QAbstractTableModel {
 public:

@@ -164,15 +164,17 @@ TEST_F(MapEdit, TypingShowsTheTextInEverySelectedCellAndSetsTheBytes) {
     QTest::keyClick(grid, Qt::Key_Q);
     EXPECT_EQ(grid->currentIndex(), grid->model()->index(11, 11));
 
-    // The one-dimensional grids type into set_table_text within the table's limits.
+    // The one-dimensional grids type into set_table_text within the table's limits: the
+    // shipped 1st Ignition compensation runs over engine speed, +-12.7 degrees by byte 44.
     Open_Tab(1, "SSTab_Ignition", 1);
     Select("Ig_2ndMAP_Grid", 3, 2, 4, 2);
     QTest::keyClick(Grid("Ig_2ndMAP_Grid"), Qt::Key_Minus);
     QTest::keyClick(Grid("Ig_2ndMAP_Grid"), Qt::Key_3);
     QTest::keyClick(Grid("Ig_2ndMAP_Grid"), Qt::Key_0);
-    EXPECT_EQ(window->findChild<QLineEdit*>("set_table_text")->text(), "-25.6");
-    EXPECT_EQ(Byte(191 + 2), 0);
-    EXPECT_EQ(Cell("Ig_2ndMAP_Grid", 4, 2), "-25.6");
+    EXPECT_EQ(window->findChild<QLineEdit*>("set_table_text")->text(), "-12.8");
+    EXPECT_EQ(window->findChild<QLabel*>("maxText")->text(), "12.7");
+    EXPECT_EQ(Byte(191 + 2), 64);
+    EXPECT_EQ(Cell("Ig_2ndMAP_Grid", 4, 2), "-12.8");
 }
 
 TEST_F(MapEdit, CopyGoesToASpreadsheetAndItsTextPastesBack) {
@@ -202,6 +204,18 @@ TEST_F(MapEdit, CopyGoesToASpreadsheetAndItsTextPastesBack) {
             double doubled_ms = Cell("Fuel_3D_Grid", 1 + r, 1 + c).toDouble() * 2;
             EXPECT_NEAR(Cell("Fuel_3D_Grid", 8 + r, 8 + c).toDouble(), doubled_ms, 0.07) << r << "," << c;
         }
+
+    // A column from a spreadsheet into a one-dimensional grid, from the point selected down,
+    // within the table's limits.
+    Open_Tab(3, "SSTab_PWM", 2);
+    Select("PWM_MAP_Grid(2)", 3, 2, 3, 2);
+    QApplication::clipboard()->setText("10\r\n20,5\r\n150\r\n");
+    QTest::keyClick(Grid("PWM_MAP_Grid(2)"), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Byte(917 + 2), 20);
+    EXPECT_EQ(Byte(917 + 3), 41);
+    EXPECT_EQ(Byte(917 + 4), 200);
+    EXPECT_EQ(Cell("PWM_MAP_Grid(2)", 4, 2), "20.5");
+    EXPECT_EQ(Cell("PWM_MAP_Grid(2)", 5, 2), "100.0");
 }
 
 TEST_F(MapEdit, TenEditsOfEveryKindAreUndoneToTheLoadedFileAndRedone) {
@@ -380,12 +394,35 @@ TEST_F(MapEdit, SurfaceViewExportsItsPictureAndItsData) {
     EXPECT_EQ(form->Data().z_title, "Load [bar]");
     ASSERT_EQ(form->Data().y.size(), 18u);
     EXPECT_DOUBLE_EQ(form->Data().y[0][0], Cell("Fuel_3D_Grid", 1, 1).toDouble());
-    if (form->Has_Surface() && !Shots().isEmpty()) {
-        form->Surface_Image(QSize(900, 680)).save(QDir(Shots()).filePath("surface_fuel.png"));
-        form->findChild<QComboBox*>("Map_Select_Combo")->setCurrentIndex(1);
-        form->Surface_Image(QSize(900, 680)).save(QDir(Shots()).filePath("surface_ignition.png"));
-        form->findChild<QComboBox*>("Map_Select_Combo")->setCurrentIndex(0);
+    // The window's other maps, by its list; the PWM item names what PWM 1 runs. Something to
+    // see on them: a PWM ramp over speed, less at low load, and the enrichment on.
+    for (int i = 0; i < 21; ++i)
+        Byte(896 + i) = static_cast<std::uint8_t>(40 + 7 * i);
+    Byte(92) = 40;
+    Byte(93) = 120;
+    Byte(94) = 200;
+    Byte(95) = 200;
+    Byte(4) = static_cast<std::uint8_t>((Byte(4) & ~3) | 1);
+    Byte(86) = 10;
+    Byte(87) = 60;
+    Byte(88) = 4;
+    window->Update_All();
+    auto* pick = form->findChild<QComboBox*>("Map_Select_Combo");
+    const char* const shots[] = {"surface_fuel.png", "surface_ignition.png", "surface_pwm.png",
+                                 "surface_acceleration.png"};
+    for (int i = 3; i >= 0; --i) {
+        pick->setCurrentIndex(i);
+        if (form->Has_Surface() && !Shots().isEmpty())
+            form->Surface_Image(QSize(900, 680)).save(QDir(Shots()).filePath(shots[i]));
     }
+    pick->setCurrentIndex(3);
+    EXPECT_EQ(form->Data().series, "Acceleration fuel");
+    EXPECT_EQ(form->Data().y_title, "Acc fuel [ms]");
+    pick->setCurrentIndex(2);
+    EXPECT_EQ(pick->currentText(), "PWM map");
+    EXPECT_EQ(form->Data().series, "PWM map");
+    EXPECT_EQ(form->Data().x.size(), 21u);
+    pick->setCurrentIndex(0);
 
     // An edit of the map reaches the open surface.
     Select("Fuel_3D_Grid", 1, 1, 1, 1);

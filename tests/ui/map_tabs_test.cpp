@@ -141,14 +141,9 @@ TEST_F(MapTabs, OneDimensionalTablesAndCompensationSlidersFollowTheImage) {
     EXPECT_EQ(Cell("PWM_MAP_Grid(1)", 1, 2), "100.0");
     EXPECT_EQ(Cell("PWM_MAP_Grid(1)", 21, 0), "10000");
 
-    // PWM2 extra fuel on its own grid beside PWM 2: axis in percent of the output, value in
-    // percent of fuel.
-    Image().CardByte[49] = 64; // the first axis step
-    Image().CardByte[54] = 138;
-    window->Update_All();
-    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 0, 0), "PWM2 [%]");
-    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 1, 0), "25.1");
-    EXPECT_EQ(Cell("PWM2_FuelCorr_grid", 1, 1), "2.0");
+    // PWM2 extra fuel stands on the settings form, not with the PWM tables.
+    EXPECT_EQ(window->findChild<QTabWidget*>("SSTab_PWM")->findChild<QTableView*>("PWM2_FuelCorr_grid"),
+              nullptr);
 
     auto* scroll = window->findChild<QScrollBar*>("scroll(93)");
     ASSERT_NE(scroll, nullptr);

@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDir>
 #include <QGroupBox>
@@ -21,6 +22,7 @@
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTabWidget>
+#include <QTableView>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -311,6 +313,65 @@ TEST_F(SettingsForm, ChoicesShowTheirGroupsAndTheTablesFollow) {
     EXPECT_EQ(Unit(238), "bar"); // input 3, the MAP sensor
     EXPECT_EQ(Find<QComboBox>("digital_combo_1")->toolTip(),
               "Select MAP table data, as defined in qxcard.ini");
+}
+
+TEST_F(SettingsForm, PwmExtraFuelTableStandsOnThePwmPageUnderItsSwitch) {
+    auto* page = Find<QWidget>("QX_Settings_SSTab_page_2");
+    auto* grid = page->findChild<QTableView*>("PWM2_FuelCorr_grid");
+    ASSERT_NE(grid, nullptr);
+    auto cell = [&](int row, int col) { return grid->model()->index(row, col).data().toString(); };
+    // Duty of the output down the side, extra fuel beside; the form follows the image.
+    Image().CardByte[49] = 64;
+    Image().CardByte[54] = 138;
+    window->Update_All();
+    EXPECT_EQ(cell(0, 0), "PWM2 [%]");
+    EXPECT_EQ(cell(1, 0), "25.1");
+    EXPECT_EQ(cell(1, 1), "2.0");
+    EXPECT_EQ(grid->model()->rowCount(), 6);
+
+    grid->selectionModel()->select(QItemSelection(grid->model()->index(1, 0), grid->model()->index(2, 1)),
+                                   QItemSelectionModel::ClearAndSelect);
+    QTest::keySequence(grid, QKeySequence::Copy);
+    EXPECT_TRUE(QApplication::clipboard()->text().startsWith("25.1\t2.0"));
+
+    // Typed into as a one-dimensional map, within -25.6 to 25.4 %, one undo step a number;
+    // a column from a spreadsheet fills the values from the selected one down.
+    const int level = window->App().undo.UndoIndex;
+    grid->setCurrentIndex(grid->model()->index(2, 1));
+    QTest::keyClick(grid, Qt::Key_Minus);
+    QTest::keyClick(grid, Qt::Key_3);
+    QTest::keyClick(grid, Qt::Key_0);
+    EXPECT_EQ(Image().CardByte[55], 0);
+    EXPECT_EQ(Image().ChangedByte[55], Changed_Mark);
+    EXPECT_EQ(cell(2, 1), "-25.6");
+    EXPECT_EQ(window->App().undo.UndoIndex, level + 1);
+    QTest::keyClick(grid, Qt::Key_Down);
+    QTest::keyClick(grid, Qt::Key_5);
+    EXPECT_EQ(Image().CardByte[56], 153);
+    const std::uint8_t before[] = {Image().CardByte[57], Image().CardByte[58]};
+    QApplication::clipboard()->setText("1,2\r\n30\r\n-2\r\n");
+    grid->setCurrentIndex(grid->model()->index(4, 1));
+    QTest::keySequence(grid, QKeySequence::Paste);
+    EXPECT_EQ(Image().CardByte[57], 134);
+    EXPECT_EQ(Image().CardByte[58], 255);
+    EXPECT_EQ(cell(5, 1), "25.4");
+    EXPECT_EQ(Image().CardByte[54], 138); // above the selection: untouched
+    window->findChild<QAction*>("edit_undo")->trigger();
+    EXPECT_EQ(Image().CardByte[57], before[0]);
+    EXPECT_EQ(Image().CardByte[58], before[1]);
+    EXPECT_EQ(Image().CardByte[56], 153);
+
+    // The switch is one bit of byte 188; the output's other flags stay, and undo takes it back.
+    Image().CardByte[188] = 0x81;
+    window->Update_All();
+    auto* on = Find<QCheckBox>("PWM2_FuelCorr_Opt");
+    EXPECT_FALSE(on->isChecked());
+    on->click();
+    EXPECT_EQ(Image().CardByte[188], 0x89);
+    EXPECT_EQ(Image().ChangedByte[188], Changed_Mark);
+    window->findChild<QAction*>("edit_undo")->trigger();
+    EXPECT_EQ(Image().CardByte[188], 0x81);
+    EXPECT_FALSE(on->isChecked());
 }
 
 TEST_F(SettingsForm, FindSettingFiltersTheTabsAndJumpsToTheControl) {

@@ -300,8 +300,10 @@ TEST_F(Edit, OneDimensionalButtonsAndTheFirstCompensationThroughItsText) {
     EXPECT_EQ(tables.edit.set_table_text, "100");
     EXPECT_EQ(Byte(base + 10), 200);
 
-    // The 1st Ignition compensation: a ramp through the shown degrees, the limits of its
-    // table, and a typed minus.
+    // The 1st Ignition compensation over an input: a ramp through the shown degrees, the
+    // limits of its table, and a typed minus.
+    Byte(68) = 3;
+    Update_Tabs(ctx);
     On(Table_Id::Ign_Comp1);
     Byte(191) = 128;
     Byte(192) = 0;
@@ -328,6 +330,85 @@ TEST_F(Edit, OneDimensionalButtonsAndTheFirstCompensationThroughItsText) {
     set_table_Click(ctx, {1, 2, 1, 2}, hooks);
     EXPECT_EQ(Byte(133), 15);
     EXPECT_EQ(tables.edit.minText, "-25.4");
+}
+
+TEST_F(Edit, TablesOverEngineSpeedTakeTheLimitsOfTheirCoding) {
+    auto set = [&](Table_Id id, int point, const char* text) {
+        On(id);
+        tables.edit.set_table_text = text;
+        set_table_Click(ctx, {point, 2, point, 2}, hooks);
+        return tables.edit.set_table_text;
+    };
+    // The 1st Ignition compensation over speed on the stand-alone box: 0.2 degrees a step,
+    // +-12.7 degrees, or +-25.4 with bit 4 of byte 44.
+    Byte(68) = 0;
+    Byte(44) = 5;
+    Update_Tabs(ctx);
+    EXPECT_EQ(set(Table_Id::Ign_Comp1, 1, "20"), "12.7");
+    EXPECT_EQ(Byte(191), 191);
+    Byte(44) = 5 | 16;
+    EXPECT_EQ(set(Table_Id::Ign_Comp1, 1, "20"), "20");
+    EXPECT_EQ(Byte(191), 228);
+    // Over an input it keeps the wide range whatever byte 44 says.
+    Byte(68) = 3;
+    Byte(44) = 5;
+    Update_Tabs(ctx);
+    EXPECT_EQ(set(Table_Id::Ign_Comp1, 1, "20"), "20");
+    EXPECT_EQ(tables.edit.minText, "-25.6");
+
+    // On the boost controller's datasets the table over speed reads in percent: +-200 % with
+    // bit 4, and the cell shows what was typed.
+    image.DatasetID = 150;
+    Byte(68) = 0;
+    Byte(44) = 16;
+    Update_Tabs(ctx);
+    EXPECT_EQ(set(Table_Id::Ign_Comp1, 2, "100"), "100");
+    EXPECT_EQ(Byte(192), 192);
+    EXPECT_EQ(Grid_Text(ctx, Table_Id::Ign_Comp1, 2, 2), "100.0");
+    EXPECT_EQ(Table_Unit(ctx, Table_Id::Ign_Comp1), "%");
+    EXPECT_EQ(set(Table_Id::Ign_Comp1, 2, "-250"), "-200");
+    EXPECT_EQ(Byte(192), 0);
+    Byte(44) = 32; // bit 5: degrees again
+    EXPECT_EQ(set(Table_Id::Ign_Comp1, 2, "5"), "5");
+    EXPECT_EQ(Byte(192), 153);
+    EXPECT_EQ(Table_Unit(ctx, Table_Id::Ign_Comp1), "deg");
+
+    // A 2nd fuel table over speed there is 0 to 199 %, 100 % at byte 128, whatever the function.
+    Byte(73) = 0;
+    Update_Tabs(ctx);
+    EXPECT_EQ(set(Table_Id::Fuel2_Rpm, 1, "250"), "199");
+    EXPECT_EQ(tables.edit.maxText, "199");
+    EXPECT_EQ(Byte(133), 254);
+    EXPECT_EQ(set(Table_Id::Fuel2_Rpm, 2, "100"), "100");
+    EXPECT_EQ(Byte(134), 128);
+    EXPECT_EQ(Grid_Text(ctx, Table_Id::Fuel2_Rpm, 2, 2), "100.0");
+}
+
+TEST_F(Edit, PwmExtraFuelValuesTakeTypedAndPastedNumbersButNotItsAxis) {
+    const int axis_step = Byte(49);
+    Grid_RowColChange(tables);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {3, 1, 2, 1}, '5', hooks);
+    EXPECT_EQ(Byte(55), 153);
+    EXPECT_EQ(Byte(56), 153);
+    EXPECT_TRUE(Changed(56));
+    EXPECT_EQ(tables.edit.maxText, "25.4");
+    // The axis column selected too: still only the values of the selected rows.
+    Grid_RowColChange(tables);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {1, 0, 1, 1}, Key::Minus, hooks);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {1, 0, 1, 1}, '9', hooks);
+    One_D_Grid_KeyDown(ctx, Table_Id::Pwm2_Fuel, {1, 0, 1, 1}, '9', hooks);
+    EXPECT_EQ(Byte(54), 0);
+    EXPECT_EQ(Byte(49), axis_step);
+
+    const int after_block = Byte(59);
+    Grid_Selection at{4, 1, 4, 1};
+    std::string clip = "0,4\n99\n7\n";
+    EXPECT_TRUE(One_D_Grid_KeyPress(ctx, Table_Id::Pwm2_Fuel, at, Ctrl_V, clip, hooks));
+    EXPECT_EQ(Byte(57), 130);
+    EXPECT_EQ(Byte(58), 255); // cut to 25.4 %, and the third line has no point left
+    EXPECT_EQ(Byte(59), after_block);
+    EXPECT_EQ(at.RowSel, 5);
+    EXPECT_EQ(at.Col, 1);
 }
 
 TEST_F(Edit, CopyGivesSpreadsheetTextAndPasteTurnsTextIntoBytes) {
@@ -468,6 +549,54 @@ TEST_F(Edit, TheButtonsServeTheTableOnShowAndTheSurfaceHasItsWords) {
     EXPECT_EQ(csv.substr(0, csv.find(',')), "Load [bar] / RPM");
     EXPECT_NE(csv.find("\r\n"), std::string::npos);
     EXPECT_EQ(Export_Name("/maps/Track day.QXS"), "Track day_qxs");
+}
+
+TEST_F(Edit, PwmOneAndTheAccelerationFuelAsSurfaces) {
+    // PWM 1 over speed, scaled by its compensation: 50 % at the lowest load, 100 % from the
+    // high point on.
+    const int base = One_D_Base(Table_Id::Pwm1);
+    Byte(base) = 200;
+    Byte(base + 20) = 101;
+    Byte(92) = 0;
+    Byte(93) = 100;
+    Byte(94) = 255;
+    Byte(95) = 200;
+    Surface_Data pwm = Calculate_PWM3dmap(ctx);
+    EXPECT_EQ(pwm.series, "PWM map");
+    EXPECT_EQ(pwm.y_title, "PWM [%]");
+    EXPECT_EQ(pwm.x_title, "RPM");
+    EXPECT_EQ(pwm.z_title.rfind("Load [", 0), 0u);
+    ASSERT_EQ(pwm.x.size(), 21u);
+    ASSERT_EQ(pwm.z.size(), 21u);
+    EXPECT_DOUBLE_EQ(pwm.x[20], 10000);
+    EXPECT_DOUBLE_EQ(pwm.y[0][0], 50.0);
+    EXPECT_DOUBLE_EQ(pwm.y[20][0], 100.0);
+    EXPECT_DOUBLE_EQ(pwm.y[0][20], 25.0); // byte 101 at 50 % is byte 50
+    EXPECT_DOUBLE_EQ(pwm.y[10][0], 75.0); // halfway up the curve
+    Byte(186) = static_cast<std::uint8_t>((Byte(186) & 0xF0) | Pwm_Boost_Selection);
+    Update_Tabs(ctx);
+    pwm = Calculate_PWM3dmap(ctx);
+    EXPECT_EQ(pwm.series, "Boost map");
+    EXPECT_EQ(pwm.y_title, "Boost [bar]");
+
+    // Enrichment over 0.51 V a sample, 1 ms a volt, held three cycles.
+    Byte(4) = static_cast<std::uint8_t>((Byte(4) & ~3) | 1);
+    Byte(86) = 26;
+    Byte(87) = 51;
+    Byte(88) = 3;
+    Surface_Data acc = Calculate_Acc3dmap(ctx);
+    EXPECT_EQ(acc.series, "Acceleration fuel");
+    EXPECT_EQ(acc.x_title, "Load change");
+    EXPECT_EQ(acc.y_title, "Acc fuel [ms]");
+    ASSERT_EQ(acc.z.size(), 4u);
+    EXPECT_DOUBLE_EQ(acc.y[0][2], 0.0); // 0.5 V: under the threshold
+    EXPECT_DOUBLE_EQ(acc.y[0][3], 0.75);
+    EXPECT_DOUBLE_EQ(acc.y[2][20], 5.0);
+    EXPECT_DOUBLE_EQ(acc.y[3][20], 0.0); // the cycle after the sustain
+    Byte(4) = static_cast<std::uint8_t>(Byte(4) & ~3);
+    acc = Calculate_Acc3dmap(ctx);
+    EXPECT_DOUBLE_EQ(acc.y[0][20], 0.0);
+    EXPECT_NE(Surface_Csv(acc).find("Engine cycles / Load change"), std::string::npos);
 }
 
 // --- the command line ---------------------------------------------------------------------
