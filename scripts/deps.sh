@@ -12,6 +12,8 @@ packages=(
     pcscd libpcsclite-dev vsmartcard-vpcd python3-virtualsmartcard
     unrtf
     fonts-dejavu-core
+    xvfb xauth libgl1-mesa-dri
+    librsvg2-bin dpkg-dev file lintian appstream
 )
 if [ "${1:-}" = fuzz ]; then
     packages+=(clang libclang-rt-14-dev)

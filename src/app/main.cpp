@@ -14,6 +14,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QIcon>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -24,6 +25,9 @@ int main(int argc, char** argv) {
     since_start.start();
     QApplication application(argc, argv);
     QApplication::setApplicationName("quorlen");
+    // Ties the windows to the installed launcher and its icon (the taskbar, the dock).
+    QGuiApplication::setDesktopFileName("com.velmora.Quorlen");
+    QApplication::setWindowIcon(QIcon::fromTheme("com.velmora.Quorlen"));
 
     QCommandLineParser parser;
     parser.setApplicationDescription("RZ400/RZ800M3 Interface Software");

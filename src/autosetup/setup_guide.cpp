@@ -13,7 +13,6 @@ using Lines = std::vector<const char*>;
 struct Step_Data {
     Guide_Step step;
     Lines english;
-    Lines swedish;
 };
 
 Guide_Step Settings_Tab(int tab) {
@@ -31,17 +30,13 @@ Guide_Step Main_Tab(int tab, int sub_tab) {
     return s;
 }
 
-const char* const Check_English =
+const char* const Check_Line =
     "Make sure the settings reflects your needs. By default it is a standard setting";
-const char* const Check_Swedish =
-    "Kontrollera att inställningarna motsvarar dina behov. Som standard är det en grundinställning";
-const char* const No_Closed_Loop_English = "An alternative is to not use closed loop at full load";
-const char* const No_Closed_Loop_Swedish =
-    "Ett alternativ är att inte använda sluten reglering vid full last";
+const char* const No_Closed_Loop_Line = "An alternative is to not use closed loop at full load";
 
 // A page of the settings form that holds a standard setting: its title and the check.
-Step_Data Standard_Page(int tab, const char* english, const char* swedish) {
-    return {Settings_Tab(tab), {english, Check_English}, {swedish, Check_Swedish}};
+Step_Data Standard_Page(int tab, const char* english) {
+    return {Settings_Tab(tab), {english, Check_Line}};
 }
 
 std::vector<Step_Data> Make_Steps() {
@@ -54,13 +49,7 @@ std::vector<Step_Data> Make_Steps() {
           "Remember that the easiest way to start is to open one of the base maps that is included in the "
           "folder "
           "/Basemaps",
-          "You can anytime click back or forward or make other than suggested changes."},
-         {"Den här guiden hjälper dig genom alla nödvändiga steg för att få en startkarta och alla "
-          "inställningar "
-          "rätt inför ditt första startförsök.",
-          "Kom ihåg att det enklaste sättet att börja är att öppna en av grundkartorna som finns i mappen "
-          "/Basemaps",
-          "Du kan när som helst klicka bakåt eller framåt eller göra andra ändringar än de föreslagna."}});
+          "You can anytime click back or forward or make other than suggested changes."}});
 
     Guide_Step sensors;
     sensors.form = Guide_Form::Sensor_Editor;
@@ -68,10 +57,7 @@ std::vector<Step_Data> Make_Steps() {
     steps.push_back(
         {sensors,
          {"Select the correct sensor definitions you plan to use for AFR, TPS, MAP, Coolant temp and "
-          "IAT. If you miss your sensor you can create new ones, by change tab to sensor editor."},
-         {"Välj rätt givardefinitioner för de givare du tänker använda för AFR, TPS, MAP, "
-          "kylvätsketemperatur och insugsluftens temperatur (IAT). Saknas din givare kan du skapa en "
-          "ny genom att byta flik till sensoreditorn."}});
+          "IAT. If you miss your sensor you can create new ones, by change tab to sensor editor."}});
 
     Guide_Step engine = Settings_Tab(11);
     engine.close_sensor_editor = true;
@@ -79,22 +65,15 @@ std::vector<Step_Data> Make_Steps() {
         {engine,
          {"Select the right cam and crank setup to match your engine. ",
           "Later you might have to change the trigger slope at this page, depending on if you have "
-          "positive or negative slope"},
-         {"Välj den uppsättning av kam- och vevaxelgivare som passar din motor. ",
-          "Senare kan du behöva ändra triggerflanken på den här sidan, beroende på om du har positiv "
-          "eller negativ flank"}});
+          "positive or negative slope"}});
     steps.push_back(
         {Settings_Tab(13),
          {"Setup the number of fuel cells you prefere for the load and RPM axis. Also spread out the "
-          "cells so you cover the MAP you plan to use"},
-         {"Ställ in det antal bränsleceller du föredrar för last- och varvtalsaxeln. Sprid också ut "
-          "cellerna så att de täcker det MAP-område du tänker använda"}});
+          "cells so you cover the MAP you plan to use"}});
     steps.push_back(
         {Settings_Tab(1),
          {"Setup the number of ignition cells you prefere for the load and RPM axis. Also spread out "
-          "the cells so you cover the MAP you plan to use"},
-         {"Ställ in det antal tändceller du föredrar för last- och varvtalsaxeln. Sprid också ut "
-          "cellerna så att de täcker det MAP-område du tänker använda"}});
+          "the cells so you cover the MAP you plan to use"}});
 
     Guide_Step fuel = Main_Tab(Main_Tab_Fuel, 6);
     fuel.close_settings = true;
@@ -109,17 +88,7 @@ std::vector<Step_Data> Make_Steps() {
                       "If your injectors are too small to deliver fuel for the selected power, or you can "
                       "not rev enough - "
                       "You will get a warning",
-                      "When ready press 'Generate fuel map'."},
-                     {"Ange motorns data i den här beräkningen av bränslekartan.",
-                      "Justera antal spridare, cylindrar, volymetrisk verkningsgrad osv. tills den beräknade "
-                      "effekten för "
-                      "både luft och bränsle stämmer med din motor.",
-                      "Om du har en motor på 180 hk, justera tills 'air power' (lufteffekten) visar 180hp.",
-                      "Normalt dimensioneras bränslet så att det räcker till något mer.",
-                      "Om dina spridare är för små för att ge bränsle till den valda effekten, eller om du "
-                      "inte kan varva "
-                      "tillräckligt högt - får du en varning",
-                      "När du är klar, tryck på 'Generate fuel map'."}});
+                      "When ready press 'Generate fuel map'."}});
 
     Guide_Step ignition = Main_Tab(Main_Tab_Ignition, 1);
     ignition.frame = Guide_Frame::Ignition;
@@ -134,50 +103,32 @@ std::vector<Step_Data> Make_Steps() {
           "does "
           "not ping at full load before using it as your real ignition setting",
           "Make sure that it does not ping at full load before using it as your real ignition setting",
-          "When ready press 'Generate ignition map'."},
-         {"Ange motorns data i den här beräkningen av tändkartan.",
-          "Om du använder TPS som grund för tändkartan, se till att den lägsta spänningen i kartan motsvarar "
-          "släppt gaspedal och att högsta TPS-spänningen är den sista cellen i kartan.",
-          "Standardvärdena är valda för att passa en vanlig fyrcylindrig serietillverkad motor. Se till att "
-          "den "
-          "inte spikar vid full last innan du använder den som din riktiga tändinställning",
-          "Se till att den inte spikar vid full last innan du använder den som din riktiga tändinställning",
-          "När du är klar, tryck på 'Generate ignition map'."}});
+          "When ready press 'Generate ignition map'."}});
 
     steps.push_back(
         {Settings_Tab(3),
          {"Make sure the settings reflects your needs. By default it is a standard setting which use "
           "closed loop AFR control.",
-          "AFR Control", No_Closed_Loop_English},
-         {"Kontrollera att inställningarna motsvarar dina behov. Som standard är det en "
-          "grundinställning som använder sluten AFR-reglering.",
-          "AFR-reglering", No_Closed_Loop_Swedish}});
+          "AFR Control", No_Closed_Loop_Line}});
     steps.push_back(
         {Main_Tab(Main_Tab_Fuel, 4),
          {"Make sure the settings reflects your needs. By default it is a standard setting which use "
           "closed loop AFR control with target AFR 14.7 (lambda=1.0) at low load and AFR 12.5 "
           "(lambda 0.85) at high load.",
-          "AFR Control target values", No_Closed_Loop_English},
-         {"Kontrollera att inställningarna motsvarar dina behov. Som standard är det en "
-          "grundinställning som använder sluten AFR-reglering med mål-AFR 14,7 (lambda=1,0) vid låg "
-          "last och AFR 12,5 (lambda 0,85) vid hög last.",
-          "Målvärden för AFR-regleringen", No_Closed_Loop_Swedish}});
+          "AFR Control target values", No_Closed_Loop_Line}});
     steps.push_back(
         {Settings_Tab(6),
          {"Make sure the settings reflects your needs. By default it is a standard setting, but if you "
           "have changed the temperature sensor, you have to change the settings",
-          "Temp Corrections"},
-         {"Kontrollera att inställningarna motsvarar dina behov. Som standard är det en "
-          "grundinställning, men om du har bytt temperaturgivare måste du ändra inställningarna",
-          "Temperaturkorrigeringar"}});
-    steps.push_back(Standard_Page(7, "Start up fuel", "Startbränsle"));
-    steps.push_back(Standard_Page(12, "Fuel acceleration", "Accelerationsbränsle"));
-    steps.push_back(Standard_Page(5, "Idle settings", "Tomgångsinställningar"));
-    steps.push_back(Standard_Page(8, "Digital inputs", "Digitala ingångar"));
-    steps.push_back(Standard_Page(15, "Digital outputs", "Digitala utgångar"));
-    steps.push_back(Standard_Page(2, "PWM Outputs", "PWM-utgångar"));
-    steps.push_back(Standard_Page(9, "Analog settings", "Analoga inställningar"));
-    steps.push_back(Standard_Page(10, "Limits / Warnings", "Gränser / Varningar"));
+          "Temp Corrections"}});
+    steps.push_back(Standard_Page(7, "Start up fuel"));
+    steps.push_back(Standard_Page(12, "Fuel acceleration"));
+    steps.push_back(Standard_Page(5, "Idle settings"));
+    steps.push_back(Standard_Page(8, "Digital inputs"));
+    steps.push_back(Standard_Page(15, "Digital outputs"));
+    steps.push_back(Standard_Page(2, "PWM Outputs"));
+    steps.push_back(Standard_Page(9, "Analog settings"));
+    steps.push_back(Standard_Page(10, "Limits / Warnings"));
     steps.push_back(
         {Settings_Tab(11),
          {"Before you make your first start attemt, you should verify if the crank and cam trigger slope is "
@@ -186,15 +137,7 @@ std::vector<Step_Data> Make_Steps() {
           "Start the high speed digital logging, and crank the engine. Stop the logging",
           "Zoom in the missing pulse of the crank sensor and compare with the pictures in the slope "
           "settings. "
-          "Change if necessary."},
-         {"Innan du gör ditt första startförsök bör du kontrollera om vev- och kamaxelgivarnas triggerflank "
-          "är "
-          "positiv eller negativ ",
-          "Stäng först av strömmen till bränslespridarna så att motorn inte dränks med bränsle. ",
-          "Starta den digitala höghastighetsloggningen och dra runt motorn. Stoppa loggningen",
-          "Zooma in den saknade pulsen från vevaxelgivaren och jämför med bilderna i flankinställningarna. "
-          "Ändra "
-          "vid behov."}});
+          "Change if necessary."}});
     steps.push_back({Settings_Tab(11),
                      {"You should also verify that the crank trigger wheel is correct positioned. ",
                       "Keep the power off to the fuel injectors to prevent the fuel from flooding. ",
@@ -203,21 +146,11 @@ std::vector<Step_Data> Make_Steps() {
                       "is the factory preset.",
                       "If not change the 'Crank sensor teeth between missing pulse and 51deg BTDC marking' "
                       "and potentially "
-                      "fine adjust the setting until it does"},
-                     {"Du bör också kontrollera att vevaxelns triggerhjul sitter rätt. ",
-                      "Håll strömmen till bränslespridarna avstängd så att motorn inte dränks med bränsle. ",
-                      "Anslut ett vanligt stroboskop till första cylindern och kontrollera att tändningen "
-                      "sker vid 15 grader, "
-                      "vilket är fabriksinställningen.",
-                      "Om inte, ändra 'Crank sensor teeth between missing pulse and 51deg BTDC marking' och "
-                      "finjustera vid "
-                      "behov inställningen tills den gör det"}});
+                      "fine adjust the setting until it does"}});
 
     Guide_Step last;
     last.close_settings = true;
-    steps.push_back({last,
-                     {"Congratulation, it is time to make a first start attemt!"},
-                     {"Grattis, dags för ett första startförsök!"}});
+    steps.push_back({last, {"Congratulation, it is time to make a first start attemt!"}});
     return steps;
 }
 
@@ -238,11 +171,15 @@ const Guide_Step* Guide_Step_Of(int step) {
     return d == nullptr ? nullptr : &d->step;
 }
 
-std::string Guide_Text(int step, std::string_view language) {
+const std::vector<const char*>& Guide_Lines(int step) {
+    static const std::vector<const char*> none;
     const Step_Data* d = Data_Of(step);
-    if (d == nullptr) return {};
+    return d == nullptr ? none : d->english;
+}
+
+std::string Guide_Text(int step) {
     std::string text;
-    for (const char* line : language == "SWE" ? d->swedish : d->english) {
+    for (const char* line : Guide_Lines(step)) {
         if (!text.empty()) text += "\r\n\r\n";
         text += line;
     }

@@ -4,7 +4,7 @@
 // itself. Its steps are data here; the window carries them out.
 
 #include <string>
-#include <string_view>
+#include <vector>
 
 namespace quorlen {
 
@@ -35,9 +35,11 @@ inline constexpr int Sensor_Tab_Select = 0; // "Select tuning sensors"
 
 // Step 1 to 21; nullptr for any other number, which does nothing.
 const Guide_Step* Guide_Step_Of(int step);
-// The step's text in the language ("SWE" for Swedish, English otherwise): its lines joined
-// by CR LF with an empty line between them. Empty outside 1 to 21.
-std::string Guide_Text(int step, std::string_view language);
+// The step's lines, in English: the window shows each through the translation of the chosen
+// language, so a translation is kept line by line. Empty outside 1 to 21.
+const std::vector<const char*>& Guide_Lines(int step);
+// The step's lines joined by CR LF with an empty line between them.
+std::string Guide_Text(int step);
 
 // "Next step" (index 0) adds one, "Previous step" (any other index) takes one away, with no
 // limit: past either end the counter goes on and nothing is shown until the user walks back.

@@ -14,6 +14,10 @@ void Call(const std::function<void()>& hook) {
     if (hook) hook();
 }
 
+void Call_With(const std::function<void(const std::string&)>& hook, const std::string& text) {
+    if (hook) hook(text);
+}
+
 Image_Bytes Image_Of(const Settings_Image& image) {
     Image_Bytes bytes{};
     std::copy_n(image.CardByte.begin(), bytes.size(), bytes.begin());
@@ -64,27 +68,17 @@ std::optional<Qxs_Content> Load_Qxs_File(const std::string& path) {
     }
 }
 
-void File_open_Click(Settings_File_Context& ctx) {
-    Proc_Guard guard(ctx.log, "File open click");
-    const std::string remembered_title = ctx.texts.Title;
+namespace {
 
-    Picked_File picked;
-    std::string name;
-    if (ctx.files.OpenDefaultNow) {
-        name = Default_Settings_File_Name;
-    } else {
-        File_Dialog_Setup setup;
-        setup.initial_dir = ctx.files.CurrentDataDir;
-        setup.filter = Open_Filter;
-        setup.must_exist = true;
-        auto chosen = ctx.dialogs.Pick_Open_File(setup);
-        if (!chosen) return;
-        picked = *chosen;
-        name = picked.full_name;
-    }
+// What File, Open does with the file once it is chosen (`picked` is empty for the default
+// settings at start, which are no choice of the user's).
+void Open_Chosen(Settings_File_Context& ctx, Proc_Guard& guard, const Picked_File& picked,
+                 const std::string& name) {
+    const std::string remembered_title = ctx.texts.Title;
     if (name.empty()) return;
 
     if (name.find(".qxl") != std::string::npos) {
+        Call_With(ctx.hooks.Remember_File, name);
         if (ctx.hooks.Open_Log_File) ctx.hooks.Open_Log_File(name);
         return;
     }
@@ -109,6 +103,7 @@ void File_open_Click(Settings_File_Context& ctx) {
     const auto marks = ctx.image.ChangedByte;
     std::copy(content->bytes.begin(), content->bytes.end(), ctx.image.CardByte.begin());
 
+    bool taken = true;
     if (ctx.image.CardByte[255] != ctx.image.DatasetID) {
         Answer answer =
             ctx.dialogs.Ask_Ok_Cancel(Dataset_Question(ctx.image.CardByte[255], ctx.image.DatasetID));
@@ -119,12 +114,38 @@ void File_open_Click(Settings_File_Context& ctx) {
             Drop_Redo(ctx.undo);
             ctx.image.ChangedByte = marks;
             ctx.texts.Title = remembered_title;
+            taken = false;
         }
     }
+    if (taken && !picked.full_name.empty()) Call_With(ctx.hooks.Remember_File, picked.full_name);
     guard.Step([&] { Call(ctx.hooks.Update_All); });
     guard.Step([&] { Call(ctx.hooks.Update_Tabs); });
     guard.Step([&] { Call(ctx.hooks.Update_All); });
     guard.Step([&] { Call(ctx.hooks.AN_Combo_Click); });
+}
+
+} // namespace
+
+void File_open_Click(Settings_File_Context& ctx) {
+    Proc_Guard guard(ctx.log, "File open click");
+    if (ctx.files.OpenDefaultNow) {
+        Open_Chosen(ctx, guard, {}, Default_Settings_File_Name);
+        return;
+    }
+    File_Dialog_Setup setup;
+    setup.initial_dir = ctx.files.CurrentDataDir;
+    setup.filter = Open_Filter;
+    setup.must_exist = true;
+    auto chosen = ctx.dialogs.Pick_Open_File(setup);
+    if (!chosen) return;
+    Open_Chosen(ctx, guard, *chosen, chosen->full_name);
+}
+
+void File_open_Named(Settings_File_Context& ctx, const std::string& full_name) {
+    Proc_Guard guard(ctx.log, "File open click");
+    const std::size_t slash = full_name.rfind('/');
+    const Picked_File picked{full_name, slash == std::string::npos ? full_name : full_name.substr(slash + 1)};
+    Open_Chosen(ctx, guard, picked, full_name);
 }
 
 void File_save_Click(Settings_File_Context& ctx) {
@@ -153,7 +174,10 @@ void File_save_as_Click(Settings_File_Context& ctx) {
     ctx.files.CurrentFileName = picked->file_title;
     Set_Title(ctx, ctx.files.CurrentFileName);
     guard.Step([&] { ctx.ini.Write_Ini("card_data_dir", ctx.files.CurrentDataDir); });
-    guard.Step([&] { Save_Settings_File(ctx, picked->full_name); });
+    guard.Step([&] {
+        Save_Settings_File(ctx, picked->full_name);
+        Call_With(ctx.hooks.Remember_File, picked->full_name);
+    });
     ctx.files.CurrentFileName = picked->file_title;
     Set_Title(ctx, ctx.files.CurrentFileName);
 }

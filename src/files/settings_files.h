@@ -30,6 +30,8 @@ struct Settings_File_Hooks {
     std::function<void()> AN_Combo_Click; // the sensor editor's first input, after a load
     // A log file picked in the settings dialog: load it as a log, then take its settings.
     std::function<void(const std::string& full_name)> Open_Log_File;
+    // A file the user opened or saved by name, for the list of recent files.
+    std::function<void(const std::string& full_name)> Remember_File;
 };
 
 struct Settings_File_Context {
@@ -62,6 +64,9 @@ void Save_Settings_File(Settings_Image& image, const std::string& comment, const
 void Save_Settings_File(Settings_File_Context& ctx, const std::string& path);
 
 void File_open_Click(Settings_File_Context& ctx);
+// File, Open of a file already chosen (from the list of recent files): the same load, without
+// the dialog.
+void File_open_Named(Settings_File_Context& ctx, const std::string& full_name);
 void File_save_Click(Settings_File_Context& ctx);
 void File_save_as_Click(Settings_File_Context& ctx);
 void Save_Current_qxs_2_file(Settings_File_Context& ctx);

@@ -71,6 +71,7 @@ bool Open_Port_If_Closed(Link_Context& c, Open_Result* failure) {
     c.line.Set_Port(path);
     c.line.Set_Settings(Settings_Text(c.program.ComSpeed));
     Open_Result result = c.line.Open();
+    c.state.Last_Open_Failure = result.failure;
     if (failure != nullptr) *failure = result;
     if (!result.Ok()) throw Run_Error(8010, Open_Failure_Advice(path, result));
     c.Dummy_Wait();

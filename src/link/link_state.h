@@ -3,6 +3,7 @@
 // who owns the port are Link_Flags (core); this is the rest of the session.
 
 #include "link/port_names.h"
+#include "link/serial_line.h"
 
 #include <string>
 
@@ -40,6 +41,8 @@ struct Link_State {
     Port_Names Ports;
     // The failure of the last connection check, so a port that stays missing is logged once.
     std::string Last_Check_Failure;
+    // Why the last open of the port failed (None when it opened).
+    Open_Failure Last_Open_Failure = Open_Failure::None;
 };
 
 } // namespace quorlen

@@ -4,8 +4,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
+#include <system_error>
 
 namespace quorlen {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -58,6 +62,33 @@ int Port_Names::Number_For(const std::string& path) {
     return First_Path_Number + static_cast<int>(it - paths_.begin());
 }
 
+std::string Link_Target(const std::string& path) {
+    std::error_code ec;
+    if (!fs::is_symlink(path, ec)) return "";
+    fs::path target = fs::read_symlink(path, ec);
+    if (ec) return "";
+    if (target.is_relative()) target = fs::path(path).parent_path() / target;
+    return target.lexically_normal().string();
+}
+
+std::map<std::string, std::string> Stable_Links(const std::string& folder) {
+    std::map<std::string, std::string> links;
+    std::error_code ec;
+    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string link = it->path().string();
+        const std::string target = Link_Target(link);
+        if (!target.empty()) links.emplace(target, link);
+    }
+    return links;
+}
+
+void Port_Names::Set_Stable_Path(int number, const std::string& link) {
+    if (link.empty())
+        stable_.erase(number);
+    else
+        stable_[number] = link;
+}
+
 std::string Port_Names::Path_Of(int number) const {
     if (number >= First_Path_Number) {
         const auto index = static_cast<std::size_t>(number - First_Path_Number);
@@ -72,6 +103,7 @@ std::string Port_Names::Name_Of(int number) const {
 }
 
 std::string Port_Names::Ini_Value(int number) const {
+    if (auto it = stable_.find(number); it != stable_.end()) return it->second;
     if (number >= First_Path_Number) {
         std::string path = Path_Of(number);
         if (!path.empty()) return path;
@@ -81,7 +113,13 @@ std::string Port_Names::Ini_Value(int number) const {
 
 int Port_Names::From_Ini(const std::string& value) {
     std::string text = Trim(value);
-    if (!text.empty() && text[0] == '/') return Number_For(text);
+    if (!text.empty() && text[0] == '/') {
+        // An adapter unplugged at start has no link yet: its path is kept as it stands.
+        const int fixed = Fixed_Port_Number(Link_Target(text));
+        if (fixed == 0) return Number_For(text);
+        stable_[fixed] = text;
+        return fixed;
+    }
     // A number no port can have reads as none, as a missing key does.
     return static_cast<int>(Whole_Within(Val(text), 0, 32767).value_or(0));
 }

@@ -10,6 +10,7 @@
 // Any other path (a pseudo-terminal, a /dev/serial/by-id link, the simulator's link) gets a
 // number from 1000 up for this run, and the ini file keeps its path instead of the number.
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,14 @@ int Fixed_Port_Number(std::string_view path);
 // The device of a fixed number; "" when the number has none.
 std::string Fixed_Port_Path(int number);
 
+// Where a link (e.g. /dev/serial/by-id/usb-FTDI_...-port0 -> ../../ttyUSB0) points, as an
+// absolute path; "" when `path` is no link.
+std::string Link_Target(const std::string& path);
+
+// The links of `folder` (udev's /dev/serial/by-id), by the device each points to. A USB
+// adapter keeps its link when it is plugged in again, whatever ttyUSB number it gets.
+std::map<std::string, std::string> Stable_Links(const std::string& folder = "/dev/serial/by-id");
+
 class Port_Names {
 public:
     // The number of `path`, registering it when it has no fixed one.
@@ -32,16 +41,22 @@ public:
     // What the texts call the port: its device path, or "COM" + number when it has none.
     std::string Name_Of(int number) const;
 
-    // The value of comport1 for a number: the number, or the path of a registered one.
+    // The value of comport1 for a number: the number, or the path of a registered one, or
+    // the stable link of a device that has one.
     std::string Ini_Value(int number) const;
-    // The number of a comport1 value: a path ("/...") or a number read leniently.
+    // The number of a comport1 value: a path ("/...") or a number read leniently. A link to a
+    // device with a fixed number gives that number and stays its stable name.
     int From_Ini(const std::string& value);
+
+    // The link by which the device of a fixed number is remembered ("" to forget it).
+    void Set_Stable_Path(int number, const std::string& link);
 
     // Paths registered so far, in the order they were first seen.
     const std::vector<std::string>& Registered() const { return paths_; }
 
 private:
     std::vector<std::string> paths_;
+    std::map<int, std::string> stable_;
 };
 
 } // namespace quorlen

@@ -47,7 +47,7 @@ bool clsSerialPortList::Device_Walk(bool CheckExist, bool CheckOpen) {
     }
     auto listed = [&found](const std::string& path) {
         return std::any_of(found.begin(), found.end(),
-                           [&](const Found_Port& f) { return f.Location == path; });
+                           [&](const Found_Port& f) { return f.Location == path || f.Stable_Path == path; });
     };
     // The chosen port may be a path the system does not list (a pseudo-terminal); it stays
     // on offer so the selection survives. The simulator joins when it is running.
@@ -56,7 +56,8 @@ bool clsSerialPortList::Device_Walk(bool CheckExist, bool CheckOpen) {
         if (platform_->Exists(link)) extra.push_back(link);
     for (const std::string& path : extra) {
         if (listed(path)) continue;
-        found.push_back({path, platform_->Is_Pseudo_Terminal(path) ? "pseudo-terminal" : "", path, false});
+        found.push_back(
+            {path, platform_->Is_Pseudo_Terminal(path) ? "pseudo-terminal" : "", path, false, ""});
     }
 
     for (const Found_Port& f : found) {
@@ -65,7 +66,11 @@ bool clsSerialPortList::Device_Walk(bool CheckExist, bool CheckOpen) {
         p.Description = f.Usb ? Usb_Port_Description : f.Description;
         p.DevPath = f.Location;
         p.IsUsb = f.Usb;
+        if (f.Usb && f.Description != Usb_Port_Description) p.Product = f.Description;
+        p.Stable_Path = f.Stable_Path;
         p.COMx = static_cast<std::int16_t>(names_.Number_For(f.Location));
+        // Chosen, the adapter is remembered by its link, which survives re-plugging.
+        if (p.COMx < First_Path_Number) names_.Set_Stable_Path(p.COMx, f.Stable_Path);
         Add_Filtered(p, CheckExist, CheckOpen);
     }
     return true;
@@ -99,6 +104,21 @@ std::vector<std::string> Simulator_Link_Candidates(const char* xdg_runtime_dir) 
     return paths;
 }
 
+namespace {
+
+// Which adapter it is, for a tuner with more than one: its own description and its stable name.
+std::string Adapter_Words(const clsSerialPort& p) {
+    std::string words;
+    if (!p.Product.empty()) words += ": " + p.Product;
+    if (!p.Stable_Path.empty()) {
+        const std::size_t slash = p.Stable_Path.rfind('/');
+        words += "  (" + p.Stable_Path.substr(slash == std::string::npos ? 0 : slash + 1) + ")";
+    }
+    return words;
+}
+
+} // namespace
+
 Combo1_Fill Fill_Combo1(const clsSerialPortList& list, int Com_Port) {
     Combo1_Fill fill;
     fill.Com_Port = Com_Port;
@@ -109,11 +129,11 @@ Combo1_Fill Fill_Combo1(const clsSerialPortList& list, int Com_Port) {
         Combo1_Entry entry;
         entry.COMx = p.COMx;
         if (p.Description == Usb_Port_Description && p.COMx < 17) {
-            entry.text = p.COMxString() + "  " + p.Description;
+            entry.text = p.COMxString() + "  " + p.Description + Adapter_Words(p);
             ++usb_ports;
             last_usb = p.COMx;
         } else {
-            entry.text = "Not available! " + p.COMxString() + "  " + p.Description;
+            entry.text = "Not available! " + p.COMxString() + "  " + p.Description + Adapter_Words(p);
         }
         fill.entries.push_back(entry);
     }

@@ -17,6 +17,7 @@ struct Found_Port {
     std::string Description; // the system's description of the device
     std::string Location;    // device path
     bool Usb = false;        // the device has a USB vendor and product identity
+    std::string Stable_Path; // its /dev/serial/by-id link, when it has one
 };
 
 class Port_Platform {
@@ -44,6 +45,8 @@ public:
     std::string DevPath;
     bool IsUsb = false;
     bool IsBusy = false;
+    std::string Product;     // a USB adapter's own description ("FT232R USB UART")
+    std::string Stable_Path; // the link that names the adapter whatever its ttyUSB number
     std::int16_t COMx = 0;
 
     // Reading WasBusy copies the stored flag into IsBusy and answers false, whatever the

@@ -21,6 +21,13 @@ void Call(const std::function<void()>& hook) {
     if (hook) hook();
 }
 
+// A port the user may not open stays shut until they act, and only they can: the reason and
+// the remedy are put before them, not only in the diagnostics log.
+void Tell_When_Not_Permitted(Link_Context& c, const std::string& advice) {
+    if (c.state.Last_Open_Failure == Open_Failure::No_Permission && c.hooks.Message_Box)
+        c.hooks.Message_Box("Serial port", advice);
+}
+
 // Open if closed, drop what waits, ask, close again if we opened it.
 void Ask_Box(Link_Context& c, Proc_Guard& guard) {
     const bool opened = Open_Port_If_Closed(c);
@@ -100,12 +107,16 @@ void Check_connection_timer(Link_Context& c) {
     } catch (const Run_Error& e) {
         // A port that stays missing would write this every 1.5 s; once is enough.
         const std::string failure = e.what();
-        if (failure != c.state.Last_Check_Failure)
+        const bool new_failure = failure != c.state.Last_Check_Failure;
+        if (new_failure) {
             c.log.Write_Line("Error in Check connection timer \r\n" + failure);
+            Append_Debug(c, failure);
+        }
         c.state.Last_Check_Failure = failure;
         c.program.Autostart_Pending = true;
         c.flags.Link_Busy = false;
         c.flags.Connection_Check_Busy = false;
+        if (new_failure) Tell_When_Not_Permitted(c, failure);
         return;
     }
     c.state.Last_Check_Failure.clear();
@@ -149,6 +160,7 @@ void Connect_Info_Click(Link_Context& c) {
         c.texts.rs232_text = "< Failed to open " + c.Port_Name() + " >";
         Append_Debug(c, e.what());
         guard.Fail(e.what());
+        Tell_When_Not_Permitted(c, e.what());
     }
     if (c.hooks.Command_Buttons) c.hooks.Command_Buttons(true);
     Call(c.hooks.Handle_button_enable);
@@ -190,6 +202,7 @@ void Com_Open_Click(Link_Context& c) {
         c.texts.rs232_text = "< Failed to open " + c.Port_Name() + " >";
         Append_Debug(c, e.what());
         guard.Fail(e.what());
+        Tell_When_Not_Permitted(c, e.what());
         return;
     }
     if (!c.state.Com_Quiet) c.texts.rs232_text = "< " + c.Port_Name() + " open >";

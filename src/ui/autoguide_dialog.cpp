@@ -1,6 +1,7 @@
 #include "ui/autoguide_dialog.h"
 
 #include "app/app_context.h"
+#include "ui/translation.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -10,39 +11,30 @@
 
 namespace quorlen::ui {
 
-Autoguide_Texts Autoguide_Texts_For(const std::string& language) {
-    if (language == "SWE")
-        return {"Vill du köra Autosetup guiden?",
-                "Autosetup guiden hjälper dig att göra alla inställningar före första starten, inklusive en "
-                "bränsle- och tändkarta.",
-                "Visa inte denna ruta igen. Du hittar Autosetup under menyn Settings"};
-    return {"Do you want to run the auto setup guide?",
-            "Auto setup guide helps you to make all settings berfore your first start, including a fuel and "
-            "ignition "
-            "map.",
-            "Do not show this question again at next program start. You find Auto setup in Settings menu"};
-}
-
 Autoguide_startup_Dialog::Autoguide_startup_Dialog(App_Context& app, QWidget* parent,
                                                    std::function<void()> show_guide,
                                                    std::function<void(int)> set_autoguide)
     : Child_Form(app.program.Closing, parent) {
     setObjectName("Autoguide_startup_Dialog");
     setWindowTitle(QString::fromStdString(app.program.Product_Title));
-    Autoguide_Texts texts = Autoguide_Texts_For(app.program.Language);
+    const char* const context = "Autoguide_startup_Dialog";
     auto* layout = new QVBoxLayout(this);
-    auto* question = new QLabel(QString::fromUtf8(texts.question), this);
+    auto* question = new QLabel(Tr(context, "Do you want to run the auto setup guide?"), this);
     question->setObjectName("Label1");
     QFont bold = question->font();
     bold.setBold(true);
     question->setFont(bold);
-    auto* explanation = new QLabel(QString::fromUtf8(texts.explanation), this);
+    auto* explanation = new QLabel(Tr(context, "Auto setup guide helps you to make all settings berfore your "
+                                               "first start, including a fuel and ignition map."),
+                                   this);
     explanation->setObjectName("Label2");
     explanation->setWordWrap(true);
-    check_ = new QCheckBox(QString::fromUtf8(texts.do_not_show), this);
+    check_ = new QCheckBox(Tr(context, "Do not show this question again at next program start. You find Auto "
+                                       "setup in Settings menu"),
+                           this);
     check_->setObjectName("Check1");
     auto* buttons = new QDialogButtonBox(this);
-    auto* ok = buttons->addButton(app.program.Language == "SWE" ? "Ja" : "Yes", QDialogButtonBox::AcceptRole);
+    auto* ok = buttons->addButton(Tr(context, "Yes"), QDialogButtonBox::AcceptRole);
     ok->setObjectName("OKButton");
     auto* cancel = buttons->addButton(QDialogButtonBox::Cancel);
     cancel->setObjectName("CancelButton");

@@ -12,13 +12,6 @@ struct App_Context;
 
 namespace quorlen::ui {
 
-struct Autoguide_Texts {
-    const char* question;
-    const char* explanation;
-    const char* do_not_show;
-};
-Autoguide_Texts Autoguide_Texts_For(const std::string& language);
-
 // The question at start whether to run the setup guide.
 class Autoguide_startup_Dialog final : public Child_Form {
 public:

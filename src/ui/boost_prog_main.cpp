@@ -4,6 +4,7 @@
 #include "core/app_path.h"
 #include "core/identity.h"
 #include "core/proc_guard.h"
+#include "core/recent_files.h"
 #include "core/window_size.h"
 #include "tables/cell_entry.h"
 #include "tables/undo_list.h"
@@ -21,11 +22,13 @@
 #include "ui/qx_settings.h"
 #include "ui/qx_verify_frm.h"
 #include "ui/rw_panel.h"
+#include "ui/translation.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -37,6 +40,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QSettings>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QThread>
@@ -115,8 +119,12 @@ QTabWidget* Tabs(QWidget* parent, const char* name, std::initializer_list<const 
 BoostProgMain::BoostProgMain(Start_Options options) : options_(std::move(options)) {
     setObjectName("BoostProgMain");
     app_.program.App_Path = options_.app_path;
+    // Beside the ini file, so a portable copy keeps it and a test's folder is its own.
+    memory_ = std::make_unique<QSettings>(QString::fromStdString(app_.program.App_Path) + "quorlen.conf",
+                                          QSettings::IniFormat);
     dialogs_ = std::make_unique<Qt_User_Dialogs>(this, "Quorlen");
     dialogs_->Set_Unattended(options_.unattended);
+    dialogs_->Remember_Folders_In(memory_.get());
     active_dialogs_ = dialogs_.get();
     open_url_ = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     Build_Window();
@@ -146,6 +154,15 @@ void BoostProgMain::Build_Menus() {
     action(file, "File_save", "&Save", &BoostProgMain::File_save_Click, QKeySequence::Save);
     action(file, "File_save_as", "Save &As...", &BoostProgMain::File_save_as_Click, QKeySequence::SaveAs);
     file->addSeparator();
+    for (std::size_t i = 0; i < Recent_Files_Kept; ++i) {
+        QAction* recent = file->addAction(QString());
+        recent->setObjectName(QStringLiteral("File_recent(%1)").arg(i));
+        recent->setVisible(false);
+        connect(recent, &QAction::triggered, this, [this, i] { File_recent_Click(static_cast<int>(i)); });
+        recent_actions_.push_back(recent);
+    }
+    recent_separator_ = file->addSeparator();
+    Show_Recent_Files();
     action(file, "File_exit", "E&xit", &BoostProgMain::File_exit_Click, QKeySequence::Quit);
 
     QMenu* edit = menuBar()->addMenu("&Edit");
@@ -376,7 +393,10 @@ void BoostProgMain::Form_Load() {
     });
     guard.Step(
         [&] { interface_option_Click(app, Interface_Option_For(app.ini.Read_Ini("Default_interface"))); });
-    guard.Step([&] { Read_Language_And_Autoguide(app); });
+    guard.Step([&] {
+        Read_Language_And_Autoguide(app);
+        Use_Language(app.program.Language);
+    });
     guard.Step([&] { app.program.Program_Version = version.toStdString(); });
     guard.Step([&] { app.Use_App_Path(With_One_Trailing_Slash(app.program.App_Path)); });
     guard.Step([&] {
@@ -562,19 +582,29 @@ void BoostProgMain::Form_Unload() {
 
 namespace {
 
+// The ini keeps the window's inner place and size, and the window is put back by exactly
+// those: the frame is the window manager's, unknown before the window is shown, and a place
+// that counted it would move the window by the frame's size at every start.
 void Apply_Window_Size(QWidget* window, const std::string& saved_value) {
     auto saved = Parse_Window_Size(saved_value);
     if (!saved || window == nullptr) return;
+    QPoint corner(saved->left / Twips_Per_Pixel, saved->top / Twips_Per_Pixel);
+    // A window saved on a screen that is gone (the laptop left its desk) comes up on this one.
+    if (QGuiApplication::screenAt(corner + QPoint(20, 20)) == nullptr) {
+        if (const QScreen* screen = QGuiApplication::primaryScreen())
+            corner = screen->availableGeometry().topLeft() + QPoint(40, 40);
+    }
+    QSize size = window->size();
     if (saved->width > 0 && saved->height > 0)
-        window->resize(saved->width / Twips_Per_Pixel, saved->height / Twips_Per_Pixel);
-    window->move(saved->left / Twips_Per_Pixel, saved->top / Twips_Per_Pixel);
+        size = QSize(saved->width / Twips_Per_Pixel, saved->height / Twips_Per_Pixel);
+    window->setGeometry(QRect(corner, size));
     if (saved->state == 2) window->setWindowState(window->windowState() | Qt::WindowMaximized);
 }
 
 Window_Size Current_Window_Size(const QWidget& window) {
     Window_Size current;
     current.state = window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0;
-    QRect g = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
+    const QRect g = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
     current.width = g.width() * Twips_Per_Pixel;
     current.height = g.height() * Twips_Per_Pixel;
     current.left = g.x() * Twips_Per_Pixel;
@@ -632,6 +662,7 @@ Settings_File_Context BoostProgMain::File_Context() {
     hooks.Update_Tabs = [this] { Update_Tabs(); };
     hooks.AN_Combo_Click = [this] { Analog_Follows_Image(); };
     hooks.Open_Log_File = [this](const std::string& name) { Open_Log_File(name); };
+    hooks.Remember_File = [this](const std::string& name) { Remember_File(name); };
     return Settings_File_Context{app_.program, app_.texts, app_.files,       app_.image,      app_.undo,
                                  app_.ini,     app_.log,   *active_dialogs_, std::move(hooks)};
 }
@@ -654,6 +685,56 @@ void BoostProgMain::File_save_as_Click() {
     Take_Comment_From_Window();
     Settings_File_Context ctx = File_Context();
     quorlen::File_save_as_Click(ctx);
+    Show_Texts();
+}
+
+std::vector<std::string> BoostProgMain::Recent_Files() const {
+    std::vector<std::string> files;
+    for (const QString& file : memory_->value("Recent/files").toStringList())
+        files.push_back(file.toStdString());
+    return files;
+}
+
+void BoostProgMain::Keep_Recent_Files(const std::vector<std::string>& files) {
+    QStringList kept;
+    for (const std::string& file : files)
+        kept << QString::fromStdString(file);
+    memory_->setValue("Recent/files", kept);
+    Show_Recent_Files();
+}
+
+void BoostProgMain::Remember_File(const std::string& full_name) {
+    const std::string path = QFileInfo(QString::fromStdString(full_name)).absoluteFilePath().toStdString();
+    Keep_Recent_Files(Push_Recent(Recent_Files(), path));
+}
+
+void BoostProgMain::Show_Recent_Files() {
+    const std::vector<std::string> files = Recent_Files();
+    for (std::size_t i = 0; i < recent_actions_.size(); ++i) {
+        QAction* action = recent_actions_[i];
+        action->setVisible(i < files.size());
+        if (i >= files.size()) continue;
+        action->setText(QString::fromStdString(Recent_Menu_Text(i, files[i])));
+        action->setToolTip(QString::fromStdString(files[i]));
+        action->setStatusTip(QString::fromStdString(files[i]));
+    }
+    if (recent_separator_ != nullptr) recent_separator_->setVisible(!files.empty());
+}
+
+void BoostProgMain::File_recent_Click(int index) {
+    std::vector<std::string> files = Recent_Files();
+    if (index < 0 || static_cast<std::size_t>(index) >= files.size()) return;
+    const std::string path = files[static_cast<std::size_t>(index)];
+    if (!QFileInfo(QString::fromStdString(path)).isFile()) {
+        // A file moved or deleted since: say so and take it off the list.
+        active_dialogs_->Inform(path + " is not there any more");
+        files.erase(files.begin() + index);
+        Keep_Recent_Files(files);
+        return;
+    }
+    Take_Comment_From_Window();
+    Settings_File_Context ctx = File_Context();
+    quorlen::File_open_Named(ctx, path);
     Show_Texts();
 }
 

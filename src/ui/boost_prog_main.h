@@ -17,9 +17,11 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 class QAction;
 class QLabel;
+class QSettings;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
@@ -58,6 +60,9 @@ public:
     void File_open_Click();
     void File_save_Click();
     void File_save_as_Click();
+    // The list of recent files in the File menu; entry `index` opens its file as File, Open.
+    void File_recent_Click(int index);
+    std::vector<std::string> Recent_Files() const;
     void edit_undo_Click();
     void edit_redo_Click();
     // Undo and Redo are greyed when they have nothing to do.
@@ -171,6 +176,9 @@ private:
     void Save_Window_Size(const QWidget& window, const char* key, const char* procedure);
     void Set_Command_Buttons_Enabled(bool enabled);
     Settings_File_Context File_Context();
+    void Remember_File(const std::string& full_name);
+    void Keep_Recent_Files(const std::vector<std::string>& files);
+    void Show_Recent_Files();
     void Dummy_Wait(int milliseconds);
     void Build_Link_Panel();
     void Load_Port_List();
@@ -205,8 +213,12 @@ private:
 
     App_Context app_;
     Start_Options options_;
+    // What a desktop program remembers beyond the ini file (recent files, dialog folders).
+    std::unique_ptr<QSettings> memory_;
     std::unique_ptr<Qt_User_Dialogs> dialogs_;
     User_Dialogs* active_dialogs_ = nullptr;
+    std::vector<QAction*> recent_actions_;
+    QAction* recent_separator_ = nullptr;
     std::function<bool(const QUrl&)> open_url_;
     std::map<std::string, QPointer<QWidget>> forms_;
     std::unique_ptr<frmSplash> splash_;

@@ -1,8 +1,10 @@
 #include "ui/qt_dialogs.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QSettings>
 #include <QStringList>
 
 #include <cstdio>
@@ -97,22 +99,60 @@ Answer Qt_User_Dialogs::Ask_Yes_No(const std::string& text) {
     return button == QMessageBox::Yes ? Answer::Yes : Answer::No;
 }
 
+namespace {
+
+// The kind of file a dialog is for: the extension of its first pattern ("qxs", "csv").
+QString File_Kind(const File_Dialog_Setup& setup) {
+    const QStringList parts = QString::fromStdString(setup.filter).split('|');
+    QString pattern = parts.size() > 1 ? parts[1].trimmed() : QString();
+    const qsizetype dot = pattern.lastIndexOf('.');
+    pattern = dot < 0 ? QString() : pattern.mid(dot + 1);
+    return pattern.isEmpty() || pattern == "*" ? QStringLiteral("any") : pattern;
+}
+
+// Settings and log folders are the program's own business, kept in its ini file as they have
+// always been; for them the folder the program names comes first.
+bool Program_Keeps_Folder(const QString& kind) {
+    return kind == "qxs" || kind == "qxl" || kind == "qxo";
+}
+
+} // namespace
+
+QString Dialog_Start_Folder(const File_Dialog_Setup& setup, const QSettings* memory) {
+    const QString kind = File_Kind(setup);
+    const QString named = QString::fromStdString(setup.initial_dir);
+    const QString kept = memory != nullptr ? memory->value("Folders/" + kind).toString() : QString();
+    const bool named_ok = !named.isEmpty() && QFileInfo(named).isDir();
+    const bool kept_ok = !kept.isEmpty() && QFileInfo(kept).isDir();
+    if (named_ok && (Program_Keeps_Folder(kind) || !kept_ok)) return named;
+    if (kept_ok) return kept;
+    return QDir::homePath();
+}
+
+void Remember_Dialog_Folder(const File_Dialog_Setup& setup, const QString& picked, QSettings* memory) {
+    if (memory == nullptr || picked.isEmpty()) return;
+    memory->setValue("Folders/" + File_Kind(setup), QFileInfo(picked).absolutePath());
+}
+
 std::optional<Picked_File> Qt_User_Dialogs::Pick_Open_File(const File_Dialog_Setup& setup) {
     if (unattended_) return std::nullopt;
-    return Picked(QFileDialog::getOpenFileName(parent_, QString::fromStdString(setup.title),
-                                               QString::fromStdString(setup.initial_dir),
-                                               Qt_Filter_From(setup.filter)));
+    const QString name =
+        QFileDialog::getOpenFileName(parent_, QString::fromStdString(setup.title),
+                                     Dialog_Start_Folder(setup, memory_), Qt_Filter_From(setup.filter));
+    Remember_Dialog_Folder(setup, name, memory_);
+    return Picked(name);
 }
 
 std::optional<Picked_File> Qt_User_Dialogs::Pick_Save_File(const File_Dialog_Setup& setup) {
     if (unattended_) return std::nullopt;
-    QFileDialog dialog(parent_, QString::fromStdString(setup.title),
-                       QString::fromStdString(setup.initial_dir), Qt_Filter_From(setup.filter));
+    QFileDialog dialog(parent_, QString::fromStdString(setup.title), Dialog_Start_Folder(setup, memory_),
+                       Qt_Filter_From(setup.filter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QString::fromStdString(setup.default_ext));
     dialog.setOption(QFileDialog::DontConfirmOverwrite, !setup.confirm_overwrite);
     dialog.selectFile(QString::fromStdString(setup.initial_name));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+    Remember_Dialog_Folder(setup, dialog.selectedFiles().constFirst(), memory_);
     return Picked(dialog.selectedFiles().constFirst());
 }
 

@@ -7,6 +7,7 @@
 
 #include <QString>
 
+class QSettings;
 class QWidget;
 
 namespace quorlen::ui {
@@ -18,6 +19,8 @@ public:
     // When set, no dialog is shown: questions answer OK/Yes, pickers cancel.
     void Set_Unattended(bool unattended) { unattended_ = unattended; }
     bool Unattended() const { return unattended_; }
+    // Where the file dialogs keep the last folder of each kind of file, from run to run.
+    void Remember_Folders_In(QSettings* memory) { memory_ = memory; }
 
     void Inform(const std::string& text) override;
     void Show_Message(Icon icon, const std::string& text) override;
@@ -31,7 +34,15 @@ private:
     QWidget* parent_;
     QString title_;
     bool unattended_ = false;
+    QSettings* memory_ = nullptr;
 };
+
+// The folder a file dialog opens in. Settings and logs: the folder the program names (it keeps
+// them in its ini file). Other kinds (exports): the last folder a file of that kind was picked
+// in (kept in `memory`), else the named one, else the home folder.
+QString Dialog_Start_Folder(const File_Dialog_Setup& setup, const QSettings* memory);
+// Keeps the folder of a picked file for the next dialog of its kind.
+void Remember_Dialog_Folder(const File_Dialog_Setup& setup, const QString& picked, QSettings* memory);
 
 // "Box setting file *.qxs|*.qxs" as a Qt name filter list.
 QString Qt_Filter_From(const std::string& filter);

@@ -1,6 +1,7 @@
 #include "ui/qx_autosetup_frm.h"
 
 #include "tables/table_catalogue.h"
+#include "ui/translation.h"
 
 #include <QButtonGroup>
 #include <QGridLayout>
@@ -11,6 +12,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QStringList>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -242,9 +244,10 @@ void QX_AutoSetup_frm::Run_Step() {
     const int n = app_.autosetup.Setup_Step;
     const Guide_Step* step = Guide_Step_Of(n);
     if (step == nullptr) return;
-    QString text = Text(Guide_Text(n, app_.program.Language));
-    text.replace("\r\n", "\n");
-    Autosetup_guidetext_->setPlainText(text);
+    QStringList lines;
+    for (const char* line : Guide_Lines(n))
+        lines << Tr("Setup_Guide", line);
+    Autosetup_guidetext_->setPlainText(lines.join("\n\n"));
     Step_label_->setText(QStringLiteral("Step %1 / %2").arg(n).arg(Guide_Steps));
 
     auto close = [this](const char* name) {

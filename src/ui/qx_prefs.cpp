@@ -4,6 +4,7 @@
 #include "app/startup.h"
 #include "link/serial_port_list.h"
 #include "ui/qt_dialogs.h"
+#include "ui/translation.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -105,7 +106,10 @@ QX_prefs::QX_prefs(App_Context& app, QWidget* parent, std::function<void()> upda
 
     connect(interface_group_, &QButtonGroup::idClicked, this,
             [this](int id) { interface_option_Click(app_, id); });
-    connect(language_group_, &QButtonGroup::idClicked, this, [this](int id) { Language_Click(app_, id); });
+    connect(language_group_, &QButtonGroup::idClicked, this, [this](int id) {
+        Language_Click(app_, id);
+        Use_Language(app_.program.Language);
+    });
     connect(autoguide_group_, &QButtonGroup::idClicked, this, [this](int id) { Autoguide_Click(app_, id); });
     connect(speed_group_, &QButtonGroup::idClicked, this,
             [this](int id) { ComSpeed_option_Click(app_, id); });

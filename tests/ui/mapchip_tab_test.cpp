@@ -2,6 +2,7 @@
 // and what a tuner sees when no card reader can be reached.
 
 #include "support/main_window_run.h"
+#include "support/pictures.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
@@ -80,11 +81,11 @@ TEST_F(Mapchip_Tab, WithoutTheCardServiceTheTextsSaySoAndTheProgramGoesOn) {
     EXPECT_TRUE(window->Ready());
 }
 
-// Pictures for the documentation: QUORLEN_SCREENSHOTS=DIR, best run inside
+// The pictures the documentation shows of the card pages, best taken inside
 // scripts/virtual-card.sh so that a reader and a card are there.
 TEST_F(Mapchip_Tab, Screenshots) {
-    const char* out = std::getenv("QUORLEN_SCREENSHOTS");
-    if (out == nullptr) GTEST_SKIP() << "set QUORLEN_SCREENSHOTS to a folder";
+    test::Picture_Folder pictures;
+    const QString out = pictures.Path();
     auto window = Start();
     window->resize(1100, 760);
     window->show();
@@ -93,11 +94,13 @@ TEST_F(Mapchip_Tab, Screenshots) {
     Click(window.get(), "cmd_FindTodos");
     Click(window.get(), "cmdReadTodos");
     QTest::qWait(100);
-    window->grab().save(QString(out) + "/mapchip_tab.png");
+    ASSERT_TRUE(window->grab().save(out + "/mapchip_tab.png"));
     QWidget* form = window->Form("frm_TodosII");
     form->show();
     QTest::qWait(100);
-    form->grab().save(QString(out) + "/frm_todos_ii.png");
+    ASSERT_TRUE(form->grab().save(out + "/frm_todos_ii.png"));
+    for (const char* name : {"/mapchip_tab.png", "/frm_todos_ii.png"})
+        EXPECT_TRUE(test::Has_Content(QImage(out + name))) << name;
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "engine/axis_transform.h"
 #include "engine/settings_pages.h"
 #include "support/main_window_run.h"
+#include "support/pictures.h"
 #include "support/scripted_dialogs.h"
 #include "support/temp_dir.h"
 #include "ui/boost_prog_main.h"
@@ -210,16 +211,18 @@ TEST_F(Sensor_Forms, ConvertingWithoutASavedMapTellsSoAndChangesNothing) {
 }
 
 TEST_F(Sensor_Forms, Screenshots) {
-    if (Shots() == nullptr) GTEST_SKIP() << "set QUORLEN_SCREENSHOTS to a folder";
+    test::Picture_Folder pictures;
     auto* editor = Editor();
     editor->resize(1000, 420);
     QTest::qWait(200);
-    editor->grab().save(QString(Shots()) + "/sensor_viewer_inputs.png");
+    ASSERT_TRUE(editor->grab().save(pictures.Path() + "/sensor_viewer_inputs.png"));
     Child<QTabWidget>(editor, "SensorEditor_SSTab")->setCurrentIndex(1);
     Pick(Child<QComboBox>(editor, "View_Tuning_Sensor_Combo"), 4);
     editor->resize(1300, 820);
     QTest::qWait(200);
-    editor->grab().save(QString(Shots()) + "/sensor_viewer_editor.png");
+    ASSERT_TRUE(editor->grab().save(pictures.Path() + "/sensor_viewer_editor.png"));
+    for (const char* name : {"/sensor_viewer_inputs.png", "/sensor_viewer_editor.png"})
+        EXPECT_TRUE(test::Has_Content(QImage(pictures.Path() + name))) << name;
 }
 
 } // namespace

@@ -3,12 +3,14 @@
 #include "core/debug_log.h"
 #include "core/ini_file.h"
 #include "core/proc_guard.h"
+#include "core/recent_files.h"
 #include "core/text.h"
 #include "core/window_size.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <sys/stat.h>
@@ -216,6 +218,34 @@ TEST(AppPath, SeedingCopiesTheShippedFoldersAndKeepsTheUsersFiles) {
     EXPECT_EQ(copied, std::vector<std::string>{"Basemaps/2.0L_4cyl_Turbo.qxs"});
     EXPECT_EQ(test::Read_File(user.File("Basemaps/2.0L_4cyl_Turbo.qxs")), "map");
     EXPECT_EQ(test::Read_File(user.File("RZ400_800M3.ini")), "mine");
+}
+
+} // namespace
+} // namespace quorlen
+
+namespace quorlen {
+namespace {
+
+TEST(Recent_Files, NewestFirstOnceEachAndTheOldestFallsOff) {
+    std::vector<std::string> list;
+    for (int i = 1; i <= 9; ++i)
+        list = Push_Recent(list, "/maps/m" + std::to_string(i) + ".qxs");
+    ASSERT_EQ(list.size(), Recent_Files_Kept);
+    EXPECT_EQ(list.front(), "/maps/m9.qxs");
+    EXPECT_EQ(list.back(), "/maps/m2.qxs") << "m1 was the oldest";
+
+    list = Push_Recent(list, "/maps/m5.qxs");
+    EXPECT_EQ(list.size(), Recent_Files_Kept) << "moved up, not added twice";
+    EXPECT_EQ(list[0], "/maps/m5.qxs");
+    EXPECT_EQ(list[1], "/maps/m9.qxs");
+    EXPECT_EQ(std::count(list.begin(), list.end(), "/maps/m5.qxs"), 1);
+    EXPECT_EQ(Push_Recent(list, ""), list);
+}
+
+TEST(Recent_Files, MenuTextsNumberTheNameAndKeepItsAmpersand) {
+    EXPECT_EQ(Recent_Menu_Text(0, "/home/t/maps/Volvo B230.qxs"), "&1 Volvo B230.qxs");
+    EXPECT_EQ(Recent_Menu_Text(2, "/home/t/R&D.qxs"), "&3 R&&D.qxs");
+    EXPECT_EQ(Recent_Menu_Text(9, "/x/ten.qxl"), "10 ten.qxl");
 }
 
 } // namespace

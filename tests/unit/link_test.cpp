@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 
 namespace quorlen {
@@ -294,6 +295,30 @@ TEST_F(Link, ConnectInfoShowsTheBoxOrWhyNot) {
     EXPECT_TRUE(texts.rs232_text.empty()) << "refused while the poll holds the port";
 }
 
+// Permission is the one failure only the user can mend: it is put before them once, with the
+// remedy, however many checks fail the same way; a port that is merely missing is not.
+TEST_F(Link, APortTheUserMayNotOpenIsToldOnceWithTheGroupToJoin) {
+    auto c = Context();
+    line.open_result = {Open_Failure::No_Permission, "Permission denied", "dialout"};
+    for (int tick = 0; tick < 3; ++tick)
+        Check_connection_timer(c);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].rfind("Serial port|/dev/ttyUSB0: permission denied", 0), 0u) << boxes[0];
+    EXPECT_NE(boxes[0].find("sudo usermod -aG dialout $USER"), std::string::npos) << boxes[0];
+    EXPECT_NE(texts.Debug_txt.find("sudo usermod -aG dialout $USER"), std::string::npos);
+    EXPECT_TRUE(texts.rs232_text.empty()) << "the poll leaves the status line alone";
+
+    Connect_Info_Click(c);
+    ASSERT_EQ(boxes.size(), 2u) << "asked for, the reason is given again";
+    EXPECT_NE(boxes[1].find("dialout"), std::string::npos);
+
+    line.open_result = {Open_Failure::Missing, "No such file or directory", ""};
+    Check_connection_timer(c);
+    Connect_Info_Click(c);
+    EXPECT_EQ(boxes.size(), 2u);
+    EXPECT_NE(texts.Debug_txt.find("does not exist"), std::string::npos);
+}
+
 // --- ports ------------------------------------------------------------------------------
 
 TEST(Port_Names, UsualDevicesHaveFixedNumbersAndOtherPathsAreKeptByPath) {
@@ -346,9 +371,9 @@ std::vector<std::string> Paths(const clsSerialPortList& list) {
 
 TEST(Port_List, FilterMergeAndTheFallBackToNumberedPorts) {
     Fake_Platform platform;
-    platform.ports = {{"FT232R (ttyUSB0)", "FT232R USB UART", "/dev/ttyUSB0", true},
-                      {"ttyS0", "", "/dev/ttyS0", false},
-                      {"ttyS5", "", "/dev/ttyS5", false}};
+    platform.ports = {{"FT232R (ttyUSB0)", "FT232R USB UART", "/dev/ttyUSB0", true, ""},
+                      {"ttyS0", "", "/dev/ttyS0", false, ""},
+                      {"ttyS5", "", "/dev/ttyS5", false, ""}};
     platform.existing = {"/dev/ttyUSB0", "/dev/ttyS0", "/dev/ttyACM0", "/run/box"};
     platform.held = {"/dev/ttyUSB0"};
     Port_Names names;
@@ -385,9 +410,9 @@ TEST(Port_List, FilterMergeAndTheFallBackToNumberedPorts) {
 
 TEST(Port_List, ComboShowsUsbAdaptersPlainlyAndTakesTheOnlyOneWhenNothingMatches) {
     Fake_Platform platform;
-    platform.ports = {{"", "", "/dev/ttyS0", false},
-                      {"", "Prolific", "/dev/ttyUSB2", true},
-                      {"", "FTDI", "/dev/ttyUSB9", true}};
+    platform.ports = {{"", "", "/dev/ttyS0", false, ""},
+                      {"", "Prolific", "/dev/ttyUSB2", true, ""},
+                      {"", "FTDI", "/dev/ttyUSB9", true, ""}};
     Port_Names names;
     clsSerialPortList list(platform, names);
     list.EnumerateList(16, false, false, false);
@@ -395,8 +420,9 @@ TEST(Port_List, ComboShowsUsbAdaptersPlainlyAndTakesTheOnlyOneWhenNothingMatches
     Combo1_Fill fill = Fill_Combo1(list, 7);
     ASSERT_EQ(fill.entries.size(), 3u);
     EXPECT_EQ(fill.entries[0].text, "Not available! /dev/ttyS0  ");
-    EXPECT_EQ(fill.entries[1].text, "/dev/ttyUSB2  USB Serial Port");
-    EXPECT_EQ(fill.entries[2].text, "Not available! /dev/ttyUSB9  USB Serial Port") << "COM109 is above 16";
+    EXPECT_EQ(fill.entries[1].text, "/dev/ttyUSB2  USB Serial Port: Prolific");
+    EXPECT_EQ(fill.entries[2].text, "Not available! /dev/ttyUSB9  USB Serial Port: FTDI")
+        << "COM109 is above 16";
     EXPECT_EQ(fill.selected, 1) << "the one USB adapter is taken";
     EXPECT_EQ(fill.Com_Port, 3);
 
@@ -404,7 +430,7 @@ TEST(Port_List, ComboShowsUsbAdaptersPlainlyAndTakesTheOnlyOneWhenNothingMatches
     EXPECT_EQ(fill.selected, 0);
     EXPECT_EQ(fill.Com_Port, 13);
 
-    platform.ports.push_back({"", "", "/dev/ttyUSB1", true});
+    platform.ports.push_back({"", "", "/dev/ttyUSB1", true, ""});
     list.EnumerateList(16, false, false, false);
     fill = Fill_Combo1(list, 7);
     EXPECT_EQ(fill.selected, -1) << "two adapters: the user chooses";
@@ -425,6 +451,45 @@ TEST(Port_Permission, TheAdviceNamesAGroupThatGrantsTheDeviceAndNeverRootOrTty) 
         Open_Failure_Advice("/dev/ttyUSB0", {Open_Failure::No_Permission, "Permission denied", "root"});
     EXPECT_EQ(advice, "/dev/ttyUSB0: permission denied. Add yourself to the group 'dialout' "
                       "(sudo usermod -aG dialout $USER) and log in again");
+}
+
+// A USB adapter gets the next free ttyUSB number when it is plugged in; its by-id link stays.
+TEST(Port_List, AnAdapterIsRememberedByItsStableLinkAndFoundAgainByIt) {
+    test::Temp_Dir dir;
+    const std::filesystem::path by_id = dir.Path() / "by-id";
+    std::filesystem::create_directories(by_id);
+    const std::string ftdi = (by_id / "usb-FTDI_FT232R_USB_UART_A10K3X-if00-port0").string();
+    std::filesystem::create_symlink("/dev/ttyUSB3", ftdi);
+    std::filesystem::create_symlink("../ttyACM0", by_id / "usb-relative");
+    const auto links = Stable_Links(by_id.string());
+    ASSERT_EQ(links.size(), 2u);
+    EXPECT_EQ(links.at("/dev/ttyUSB3"), ftdi);
+    EXPECT_EQ(links.at(dir.File("ttyACM0")), (by_id / "usb-relative").string()) << "relative to the link";
+    EXPECT_TRUE(Stable_Links(dir.File("none")).empty());
+
+    Fake_Platform platform;
+    platform.ports = {{"", "FT232R USB UART", "/dev/ttyUSB3", true, ftdi}, {"", "", "/dev/ttyS0", false, ""}};
+    Port_Names names;
+    clsSerialPortList list(platform, names);
+    list.EnumerateList(16, false, false, false);
+    Combo1_Fill fill = Fill_Combo1(list, 4);
+    EXPECT_EQ(fill.entries[0].text,
+              "/dev/ttyUSB3  USB Serial Port: FT232R USB UART  (usb-FTDI_FT232R_USB_UART_A10K3X-if00-port0)");
+    EXPECT_EQ(names.Ini_Value(4), ftdi) << "the ini keeps the name that survives re-plugging";
+    EXPECT_EQ(names.Ini_Value(13), "13") << "an on-board port has no link and keeps its number";
+
+    // Next start, the adapter plugged in: the link gives its number, and stays its name.
+    Port_Names next;
+    EXPECT_EQ(next.From_Ini(ftdi), 4);
+    EXPECT_EQ(next.Path_Of(4), "/dev/ttyUSB3");
+    EXPECT_EQ(next.Ini_Value(4), ftdi);
+    // Unplugged: no link, the path is kept for the run and written back as it was.
+    std::filesystem::remove(ftdi);
+    Port_Names unplugged;
+    const int number = unplugged.From_Ini(ftdi);
+    EXPECT_GE(number, First_Path_Number);
+    EXPECT_EQ(unplugged.Path_Of(number), ftdi);
+    EXPECT_EQ(unplugged.Ini_Value(number), ftdi);
 }
 
 } // namespace

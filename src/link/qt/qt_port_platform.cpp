@@ -6,11 +6,13 @@
 
 #include <climits>
 #include <cstdlib>
+#include <map>
 #include <sys/stat.h>
 
 namespace quorlen {
 
 bool Qt_Port_Platform::Walk(std::vector<Found_Port>& found) {
+    const std::map<std::string, std::string> stable = Stable_Links();
     for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) {
         Found_Port f;
         f.Location = info.systemLocation().toStdString();
@@ -18,6 +20,7 @@ bool Qt_Port_Platform::Walk(std::vector<Found_Port>& found) {
         f.Name = f.Description.empty() ? info.portName().toStdString()
                                        : f.Description + " (" + info.portName().toStdString() + ")";
         f.Usb = info.hasVendorIdentifier() && info.hasProductIdentifier();
+        if (auto it = stable.find(f.Location); it != stable.end()) f.Stable_Path = it->second;
         found.push_back(std::move(f));
     }
     return true;
