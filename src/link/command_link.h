@@ -26,8 +26,6 @@ struct Link_Hooks {
     std::function<void()> Show_Right_Tabs_Adjust_Current_Frame;
     // A message box with its title.
     std::function<void(const std::string& title, const std::string& text)> Message_Box;
-    // The log stream's timers (Timer_TX, Timer_RX).
-    std::function<void()> Stop_Stream_Timers;
     // Auto start: shows the log window and starts a log (0 to file, 1 live view).
     std::function<void(int index)> Start_Logg_cmd_Click;
     // The engine speed of the running log.

@@ -212,7 +212,8 @@ void Com_Open_Click(Link_Context& c) {
 
 void Com_Close_Click(Link_Context& c) {
     Proc_Guard guard(c.log, "Com close click ");
-    guard.Step([&] { Call(c.hooks.Stop_Stream_Timers); });
+    // The log stream's timers need no stop here: a running log owns the port, and the main
+    // window refuses Com close until the log has stopped and let go of it.
     guard.Step([&] { c.line.Close(); });
     if (!c.state.Com_Quiet) c.texts.rs232_text = "< " + c.Port_Name() + " closed >";
     c.state.Com_Quiet = false;
