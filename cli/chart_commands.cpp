@@ -200,8 +200,8 @@ int Log_Chart_Command(const std::vector<std::string>& args, std::FILE* out, std:
         if (std::find(a.second.begin(), a.second.end(), name) != a.second.end()) c.secondary = 1;
     }
     if (!a.compare.empty()) {
-        if (!File_Exists(a.compare)) {
-            std::fprintf(err, "%s: File not found\n", a.compare.c_str());
+        if (const auto why = Why_Not_A_File(a.compare)) {
+            std::fprintf(err, "%s %s\n", a.compare.c_str(), why->c_str());
             return 1;
         }
         auto c = s.Ctx();

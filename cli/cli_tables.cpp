@@ -33,6 +33,9 @@ std::string Cli_App_Path() {
 Cli_Tables::Cli_Tables(std::FILE* err, const std::string& ini) : dialogs(err), err_(err) {
     app.program.App_Path = ini.empty() ? Cli_App_Path() : std::string();
     app.ini = ini.empty() ? Ini_File(app.program.App_Path + "RZ400_800M3.ini", "") : Ini_File(ini, "");
+    // A configuration given by name must be there: without it every sensor would be missing.
+    if (!ini.empty())
+        if (const auto why = Why_Not_A_File(ini)) ini_problem_ = "--ini " + ini + " " + *why;
     // The diagnostics (the selection checks of the load, the failures of an edit) go to a
     // scratch file and then to stderr, so the tuner sees what the program would have logged.
     log_path_ = (fs::temp_directory_path() / ("quorlen-cli-" + std::to_string(::getpid()) + ".log")).string();
@@ -48,13 +51,25 @@ Cli_Tables::~Cli_Tables() {
     Flush_Diagnostics();
 }
 
+void Cli_Tables::Drop_Diagnostics() {
+    flushed_ = true;
+    app.log.Close();
+    std::remove(log_path_.c_str());
+}
+
+bool Cli_Tables::Ini_Ok() {
+    if (ini_problem_.empty()) return true;
+    // Nothing was done to speak of: the load's own diagnostics are dropped.
+    Drop_Diagnostics();
+    std::fprintf(err_, "quorlen-cli: %s\n", ini_problem_.c_str());
+    return false;
+}
+
 bool Cli_Tables::Load(const std::string& file) {
-    auto content = Load_Qxs_File(file);
+    if (!Ini_Ok()) return false;
+    const auto content = Load_Qxs_File(file);
     if (!content) {
-        // Nothing was done to speak of: the load's own diagnostics are dropped.
-        flushed_ = true;
-        app.log.Close();
-        std::remove(log_path_.c_str());
+        Drop_Diagnostics();
         std::fprintf(err_, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
         return false;
     }

@@ -22,6 +22,7 @@ public:
     std::optional<Picked_File> Pick_Save_File(const File_Dialog_Setup&) override { return std::nullopt; }
 
 private:
+    void Drop_Diagnostics();
     std::FILE* err_;
 };
 
@@ -37,8 +38,12 @@ public:
     Cli_Tables& operator=(const Cli_Tables&) = delete;
 
     // Loads `file` and runs Update_Tabs, Show_Right_Tabs and Update_All over it; false, with
-    // "Not a valid qxs-file" on stderr, when it is not a settings file.
+    // "Not a valid qxs-file" on stderr, when it is not a settings file, and with the reason when
+    // the configuration file given is missing or not a file.
     bool Load(const std::string& file);
+    // False, with the reason on stderr, when the configuration file given is missing or not a
+    // file; for the commands that read only the configuration.
+    bool Ini_Ok();
     // After the image changed as a whole: the analogue inputs and the four table routines.
     void Take_Image();
     // The image and the file's comment to `out` by the program's save rules (250 and 251 as
@@ -58,8 +63,10 @@ public:
     std::string comment; // the file's comment, lines joined by CR LF
 
 private:
+    void Drop_Diagnostics();
     std::FILE* err_;
     std::string log_path_;
+    std::string ini_problem_;
     bool flushed_ = false;
 };
 

@@ -54,6 +54,7 @@ int Engine_Command(const std::vector<std::string>& args, std::FILE* out, std::FI
 
     Cli_Tables loaded(err, o->Value("--ini"));
     App_Context& app = loaded.app;
+    if (!loaded.Ini_Ok()) return 1;
     if (list) {
         Init_Engine_Config(app);
         for (int i = 0; i < Engine_Layouts; ++i)
@@ -84,6 +85,7 @@ int Preset_Command(const std::vector<std::string>& args, std::FILE* out, std::FI
 
     Cli_Tables loaded(err, o->Value("--ini"));
     App_Context& app = loaded.app;
+    if (!loaded.Ini_Ok()) return 1;
     {
         Proc_Guard guard(app.log, "Init ini file");
         Load_Presets(app, guard);

@@ -2,6 +2,7 @@
 
 #include "cli/cli_support.h"
 #include "cli/cli_tables.h"
+#include "core/atomic_file.h"
 
 #include "core/text.h"
 #include "files/settings_files.h"
@@ -218,6 +219,12 @@ int Crank_Command(const std::vector<std::string>& args, std::FILE* out, std::FIL
         std::fprintf(err, "%s: %s\n", file.c_str(), Not_Valid_Qxs_Text);
         return 1;
     }
+    // A configuration given by name must be there: without it no layout has a wheel.
+    if (!ini.empty())
+        if (const auto why = Why_Not_A_File(ini)) {
+            std::fprintf(err, "quorlen-cli: --ini %s %s\n", ini.c_str(), why->c_str());
+            return 1;
+        }
     const Ini_File layouts(ini.empty() ? Cli_App_Path() + "RZ400_800M3.ini" : ini, "");
     Engine_Config_Table tab;
     Load_Engine_Config_Tab(tab, layouts);

@@ -107,6 +107,9 @@ int Log_Info_Command(const std::vector<std::string>& args, std::FILE* out, std::
     if (log.Repaired)
         std::fprintf(out, "repaired: yes, %ld bytes lost; the file as it was is %s_repairing_copy.qxl\n",
                      log.Repaired_Bytes, args[1].c_str());
+    else if (!log.Repair_Failure.empty())
+        std::fprintf(out, "repaired: no, it needs repair but can not be written (%s)\n",
+                     log.Repair_Failure.c_str());
     else
         std::fprintf(out, "repaired: no\n");
     return 0;

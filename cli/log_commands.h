@@ -18,7 +18,8 @@ namespace quorlen::cli {
     "  log-info FILE.qxl  rows, columns, length, file version, and whether the file had to be\n"             \
     "                     repaired (a damaged file is mended in place, with a safety copy)\n"                \
     "  log-csv FILE.qxl   the calculated signals as CSV: a head of \"name [unit]\", then one\n"              \
-    "                     line a row, time first\n"
+    "                     line a row, time first. Both exit 1 when the file can't be read or\n"              \
+    "                     is not a log, and say why\n"
 
 // args[0] is the command's name.
 int Log_Command(const std::vector<std::string>& args, std::FILE* out, std::FILE* err);

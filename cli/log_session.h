@@ -144,10 +144,11 @@ private:
     std::unique_ptr<Log_Timers> timers_;
 };
 
-// The defaults, then the log at `path`; a missing file is said on `err`.
+// The defaults, then the log at `path`; false, said on `err`, when it can't be read as one
+// (a missing file, a folder, a pipe, a file that is no log).
 inline bool Open_Log(Log_Session& s, const std::string& path, std::FILE* err) {
-    if (!File_Exists(path)) {
-        std::fprintf(err, "%s: File not found\n", path.c_str());
+    if (const auto why = Why_Not_A_File(path)) {
+        std::fprintf(err, "%s %s\n", path.c_str(), why->c_str());
         return false;
     }
     s.Load_Defaults();

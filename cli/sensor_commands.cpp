@@ -1,13 +1,13 @@
 #include "cli/sensor_commands.h"
 
 #include "cli/cli_tables.h"
+#include "core/atomic_file.h"
 
 #include "core/proc_guard.h"
 #include "core/text.h"
 #include "image/scaling.h"
 #include "sensors/sensor_defs.h"
 
-#include <filesystem>
 #include <optional>
 
 namespace quorlen::cli {
@@ -77,9 +77,11 @@ int Sensor_Command(const std::vector<std::string>& args, std::FILE* out, std::FI
     auto a = Parse(args);
     if (!a) return Usage_Error(err);
     std::string path = a->ini.empty() ? Cli_App_Path() + "RZ400_800M3.ini" : a->ini;
-    std::error_code ec;
-    if (!std::filesystem::is_regular_file(path, ec)) {
-        std::fprintf(err, "%s: no such ini file\n", path.c_str());
+    if (const auto why = Why_Not_A_File(path)) {
+        if (a->ini.empty())
+            std::fprintf(err, "%s: no such ini file\n", path.c_str());
+        else
+            std::fprintf(err, "quorlen-cli: --ini %s %s\n", path.c_str(), why->c_str());
         return 1;
     }
     Ini_File ini(path, "");

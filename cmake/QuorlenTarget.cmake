@@ -11,9 +11,17 @@ if(QUORLEN_WERROR)
     target_compile_options(quorlen_options INTERFACE -Werror)
 endif()
 if(QUORLEN_SANITIZE)
+    # float-cast-overflow: a number from a file too big for its integer; GCC leaves it out of
+    # "undefined".
     target_compile_options(quorlen_options INTERFACE
-        -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
-    target_link_options(quorlen_options INTERFACE -fsanitize=address,undefined)
+        -fsanitize=address,undefined,float-cast-overflow -fno-omit-frame-pointer
+        -fno-sanitize-recover=undefined,float-cast-overflow)
+    target_link_options(quorlen_options INTERFACE -fsanitize=address,undefined,float-cast-overflow)
+endif()
+# Coverage for libFuzzer in every library the fuzz targets link (clang only); the fuzz
+# targets themselves link the fuzzer's main (tests/fuzz).
+if(QUORLEN_FUZZ)
+    target_compile_options(quorlen_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # quorlen_add_library(NAME SOURCES ... DEPENDS ...): one library per source folder, with its

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need on Debian 12, and nothing when it is all there.
+#   scripts/deps.sh fuzz    also clang with libFuzzer, for scripts/fuzz.sh
 set -euo pipefail
 
 packages=(
@@ -14,6 +15,9 @@ packages=(
     xvfb xauth libgl1-mesa-dri
     librsvg2-bin dpkg-dev file lintian appstream
 )
+if [ "${1:-}" = fuzz ]; then
+    packages+=(clang libclang-rt-14-dev)
+fi
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -7,6 +7,16 @@
 
 namespace quorlen {
 
+namespace {
+
+// An option value of the file as the program keeps it; one that is no whole number of a
+// sensible size counts as absent.
+int Ini_Flag(double value) {
+    return static_cast<int>(Whole_Within(value, -32768, 32767).value_or(0));
+}
+
+} // namespace
+
 void App_Context::Use_App_Path(const std::string& app_path) {
     program.App_Path = app_path;
     ini = Ini_File(app_path + (program.Ini_File_Name.empty() ? "RZ400_800M3.ini" : program.Ini_File_Name),
@@ -15,22 +25,30 @@ void App_Context::Use_App_Path(const std::string& app_path) {
 
 void Init_ini_file(App_Context& app) {
     Proc_Guard guard(app.log, "Init ini file");
+    // One read of the file for the whole load: the lists in it may be long.
+    Ini_Snapshot ini;
+    guard.Step([&] { ini = app.ini.Snapshot(); });
     guard.Step([&] {
         std::string port;
-        app.program.Com_Port = app.ini.Read_Ini("comport1", port) ? app.link_state.Ports.From_Ini(port) : 1;
+        app.program.Com_Port = ini.Read_Ini("comport1", port) ? app.link_state.Ports.From_Ini(port) : 1;
     });
-    guard.Step([&] { app.files.CurrentDataDir = app.ini.Read_Ini("card_data_dir"); });
+    guard.Step([&] { app.files.CurrentDataDir = ini.Read_Ini("card_data_dir"); });
     guard.Step([&] { app.ini.Write_Ini("start_dir", app.program.App_Path); });
-    guard.Step([&] { Load_Sensor_Definitions(app.sensors, app.ini, guard, &app.texts.Debug_txt); });
-    Load_Presets(app, guard);
+    guard.Step([&] { Load_Sensor_Definitions(app.sensors, ini, guard, &app.texts.Debug_txt); });
+    Load_Presets(app, guard, ini);
 }
 
 void Load_Presets(App_Context& app, Proc_Guard& guard) {
+    Ini_Snapshot ini;
+    guard.Step([&] { ini = app.ini.Snapshot(); });
+    Load_Presets(app, guard, ini);
+}
+
+void Load_Presets(App_Context& app, Proc_Guard& guard, const Ini_Snapshot& ini) {
     guard.Step([&] {
         app.PresetList.clear();
-        for (int occurrence = 1;; ++occurrence) {
-            std::string line;
-            if (!app.ini.Read_Ini("preset_list", line, occurrence) || line.empty()) break;
+        for (const std::string& line : ini.Read_List("preset_list")) {
+            if (line.empty()) break;
             app.PresetList.push_back(Parse_Preset_Line(line));
         }
         if (app.PresetList.empty()) app.PresetList.push_back(No_Preset_Row());
@@ -38,7 +56,7 @@ void Load_Presets(App_Context& app, Proc_Guard& guard) {
     guard.Step([&] {
         int count = static_cast<int>(app.PresetList.size());
         std::string text;
-        auto chosen = app.ini.Read_Ini("User_Preset", text) ? To_Integer(text) : std::nullopt;
+        auto chosen = ini.Read_Ini("User_Preset", text) ? To_Integer(text) : std::nullopt;
         app.User_Preset = (chosen && *chosen >= 0 && *chosen < count) ? static_cast<int>(*chosen) : count;
     });
 }
@@ -70,7 +88,7 @@ void Read_Language_And_Autoguide(App_Context& app) {
     if (app.program.Language == "ENG") Language_Click(app, 0);
     if (app.program.Language == "SWE") Language_Click(app, 1);
 
-    app.program.Autoguide = static_cast<int>(app.ini.Read_Ini_Number("Autoguide"));
+    app.program.Autoguide = Ini_Flag(app.ini.Read_Ini_Number("Autoguide"));
     if (app.program.Autoguide == 0) Autoguide_Click(app, 0);
     auto as_number = To_Integer(app.program.Language);
     if (!as_number || *as_number == 1) Autoguide_Click(app, 1);
@@ -92,7 +110,7 @@ void Read_Link_And_Autostart(App_Context& app) {
     bool live = app.ini.Read_Ini_Number("Autostart_Live") == 1;
     if (log) Auto_Start_option_Click(app, 0, true);
     if (live) Auto_Start_option_Click(app, 1, true);
-    app.program.ManualUSBDetect = static_cast<int>(app.ini.Read_Ini_Number("ManualUSBDetect"));
+    app.program.ManualUSBDetect = Ini_Flag(app.ini.Read_Ini_Number("ManualUSBDetect"));
     app.prefs.ManualUSBDetect_Check = app.program.ManualUSBDetect == 1;
 }
 

@@ -10,8 +10,10 @@ namespace quorlen {
 
 // Init_ini_file: port, data folder, start folder, sensor table, presets, selected preset.
 void Init_ini_file(App_Context& app);
-// Its presets part: PresetList and the preset chosen last.
+// Its presets part: PresetList and the preset chosen last; from a reading of the ini of the
+// caller's load, or from a reading of its own.
 void Load_Presets(App_Context& app, Proc_Guard& guard);
+void Load_Presets(App_Context& app, Proc_Guard& guard, const Ini_Snapshot& ini);
 
 // Step 8: "SC_Reader" and "Serial" both select the serial option; that is how the key has
 // always been read.

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -75,20 +76,48 @@ void Replace_File_Atomically(const std::string& path, std::string_view content) 
 }
 
 std::string Read_Whole_File(const std::string& path) {
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) throw errors::File_Not_Found();
+    // Opened without waiting, so a named pipe with no writer can't hold the program; only a
+    // regular file is read, as a folder would read as nothing and a device without end.
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) throw errors::File_Not_Found();
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        throw errors::Path_File_Access_Error();
+    }
     std::string content;
     char buffer[65536];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-        content.append(buffer, n);
-    std::fclose(f);
+    for (;;) {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n > 0) {
+            content.append(buffer, static_cast<std::size_t>(n));
+        } else if (n == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    ::close(fd);
     return content;
 }
 
 bool File_Exists(const std::string& path) {
     struct stat st {};
     return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+}
+
+std::optional<std::string> Why_Not_A_File(const std::string& path) {
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0)
+        return errno == ENOENT || errno == ENOTDIR
+                   ? "does not exist"
+                   : std::string("can not be read (") + std::strerror(errno) + ")";
+    if (S_ISDIR(st.st_mode)) return "is a folder";
+    if (S_ISFIFO(st.st_mode)) return "is a named pipe (FIFO)";
+    if (S_ISCHR(st.st_mode) || S_ISBLK(st.st_mode)) return "is a device";
+    if (S_ISSOCK(st.st_mode)) return "is a socket";
+    if (!S_ISREG(st.st_mode)) return "is not a regular file";
+    if (::access(path.c_str(), R_OK) != 0)
+        return std::string("can not be read (") + std::strerror(errno) + ")";
+    return std::nullopt;
 }
 
 } // namespace quorlen

@@ -3,6 +3,7 @@
 // flushed to the disk, and is renamed over the old one. A crash at any moment leaves either
 // the old file or the new one whole, never a mixture or a half.
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,9 +17,15 @@ void Replace_File_Atomically(const std::string& path, std::string_view content, 
 // Same, with a temporary name of its own beside `path`.
 void Replace_File_Atomically(const std::string& path, std::string_view content);
 
-// The whole file as bytes; throws Run_Error (File not found) when it cannot be opened.
+// The whole file as bytes; throws Run_Error: "File not found" when it cannot be opened,
+// "Path/File access error" when it is no regular file (a folder, a pipe, a device).
 std::string Read_Whole_File(const std::string& path);
 
 bool File_Exists(const std::string& path);
+
+// What keeps `path` from being read as a file, in words that complete "<path> ...": "does not
+// exist", "is a folder", "is a named pipe (FIFO)", "is a device", "is a socket", "can not be
+// read (Permission denied)". nullopt for a regular file that can be read.
+std::optional<std::string> Why_Not_A_File(const std::string& path);
 
 } // namespace quorlen

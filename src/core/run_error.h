@@ -41,6 +41,9 @@ inline Run_Error Input_Past_End_Of_File() {
 inline Run_Error Permission_Denied() {
     return {70, "Permission denied"};
 }
+inline Run_Error Path_File_Access_Error() {
+    return {75, "Path/File access error"};
+}
 inline Run_Error Path_Not_Found() {
     return {76, "Path not found"};
 }

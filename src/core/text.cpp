@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 
 namespace quorlen {
@@ -52,6 +53,12 @@ double Val(std::string_view text) {
     double value = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), value);
     return value;
+}
+
+std::optional<long> Whole_Within(double value, long lo, long hi) {
+    const double whole = std::trunc(value);
+    if (!(whole >= static_cast<double>(lo) && whole <= static_cast<double>(hi))) return std::nullopt;
+    return static_cast<long>(whole);
 }
 
 std::optional<long> To_Integer(std::string_view text) {

@@ -16,6 +16,10 @@ bool Ends_With_No_Case(std::string_view text, std::string_view end);
 // digits and one decimal point; anything else ends it. "" and "abc" give 0.
 double Val(std::string_view text);
 
+// The whole part of a number read from a file or the line when it lies within [lo, hi];
+// nullopt for anything else (NaN among it), which would not fit what it is meant for.
+std::optional<long> Whole_Within(double value, long lo, long hi);
+
 // Strict conversion of a whole text (blanks around allowed) to an integer; nullopt when the
 // text is not a number at all, as "ENG" is not.
 std::optional<long> To_Integer(std::string_view text);

@@ -15,8 +15,9 @@ std::optional<Window_Size> Parse_Window_Size(std::string_view value) {
     for (int& field : fields) {
         std::size_t tab = value.find('\t', pos);
         if (tab == std::string_view::npos) return std::nullopt;
+        // Twips of a window on any screen fit an int many times over; more is a damaged value.
         auto number = To_Integer(value.substr(pos, tab - pos));
-        if (!number) return std::nullopt;
+        if (!number || *number < -(1L << 30) || *number > (1L << 30)) return std::nullopt;
         field = static_cast<int>(*number);
         pos = tab + 1;
     }

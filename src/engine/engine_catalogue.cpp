@@ -52,11 +52,10 @@ void Fill_Engine_Config_Row(Engine_Config_Table& tab, int row, std::string_view 
 
 void Load_Engine_Config_Tab(Engine_Config_Table& tab, const Ini_File& ini, std::string* debug_txt) {
     tab = Engine_Config_Table{};
-    std::string value;
-    for (int line = 1; line <= Engine_Config_Lines; ++line) {
-        if (!ini.Read_Ini("Engine_Config", value, line)) break;
-        Fill_Engine_Config_Row(tab, line - 1, value, debug_txt);
-    }
+    // One read of the file for all the lines: it may be long.
+    const std::vector<std::string> lines = ini.Snapshot().Read_List("Engine_Config");
+    for (std::size_t line = 0; line < lines.size() && line < Engine_Config_Lines; ++line)
+        Fill_Engine_Config_Row(tab, static_cast<int>(line), lines[line], debug_txt);
 }
 
 std::string Engine_Combo_Item(const Engine_Config_Table& tab, int index) {

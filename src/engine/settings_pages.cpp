@@ -733,8 +733,9 @@ const Engine_Config_State& Current_Layout(Pages_Context& ctx) {
     return ctx.engine;
 }
 
-Output_Lists Load_Output_Lists(const Ini_File& ini) {
+Output_Lists Load_Output_Lists(const Ini_File& file) {
     Output_Lists lists;
+    const Ini_Snapshot ini = file.Snapshot();
     auto read = [&](const char* key, std::vector<std::string>& items, std::vector<std::string>* second) {
         for (int k = 1; k <= 16; ++k) {
             std::string value;

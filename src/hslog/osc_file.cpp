@@ -148,6 +148,10 @@ void Hold_Framing_Bytes(Osc_Trace& trace) {
 }
 
 std::optional<Osc_Trace> Read_Osc_File(const std::string& path, std::string& error, int fallback_rate) {
+    if (const auto why = Why_Not_A_File(path)) {
+        error = path + " " + *why;
+        return std::nullopt;
+    }
     std::string text;
     try {
         text = Read_Whole_File(path);

@@ -120,7 +120,8 @@ int Port_Names::From_Ini(const std::string& value) {
         stable_[fixed] = text;
         return fixed;
     }
-    return static_cast<int>(Val(text));
+    // A number no port can have reads as none, as a missing key does.
+    return static_cast<int>(Whole_Within(Val(text), 0, 32767).value_or(0));
 }
 
 } // namespace quorlen

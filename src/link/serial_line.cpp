@@ -16,6 +16,14 @@ std::optional<std::int32_t> Settings_Baud(std::string_view settings) {
     return baud;
 }
 
+std::string Group_To_Join(const std::string& device_group, unsigned mode) {
+    constexpr unsigned group_read_write = 060;
+    if (device_group.empty() || device_group == "root" || device_group == "tty" ||
+        (mode & group_read_write) != group_read_write)
+        return "dialout";
+    return device_group;
+}
+
 std::string Open_Failure_Advice(const std::string& path, const Open_Result& result) {
     switch (result.failure) {
     case Open_Failure::None:
@@ -25,9 +33,9 @@ std::string Open_Failure_Advice(const std::string& path, const Open_Result& resu
     case Open_Failure::Busy:
         return path + " is in use by another program; close that program and try again";
     case Open_Failure::No_Permission: {
-        const std::string group = result.group.empty() ? "dialout" : result.group;
-        return path + ": permission denied. Add yourself to the group '" + group +
-               "' that owns it (sudo usermod -aG " + group + " $USER) and log in again";
+        const std::string group = Group_To_Join(result.group, 060);
+        return path + ": permission denied. Add yourself to the group '" + group + "' (sudo usermod -aG " +
+               group + " $USER) and log in again";
     }
     case Open_Failure::Not_A_Serial_Port:
         return path + " is not a serial port";

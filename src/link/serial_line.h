@@ -23,7 +23,7 @@ struct Line_Losses {
 struct Open_Result {
     Open_Failure failure = Open_Failure::None;
     std::string text;  // the system's words, for the diagnostics log
-    std::string group; // with No_Permission: the group that owns the device, when known
+    std::string group; // with No_Permission: the group to join for the device, when known
     bool Ok() const { return failure == Open_Failure::None; }
 };
 
@@ -61,6 +61,11 @@ public:
 std::string Settings_Text(std::int32_t baud);
 // The speed of a settings text; nullopt when it is not one.
 std::optional<std::int32_t> Settings_Baud(std::string_view settings);
+
+// The group that grants a device to its members: its own group when that group may both read
+// and write it (permission bits of `mode`), "dialout" otherwise. Never root or tty: joining
+// them would grant far more than a serial port.
+std::string Group_To_Join(const std::string& device_group, unsigned mode);
 
 // One line a person can act on: what went wrong with `path` and, for Linux permissions, how
 // to get them.

@@ -221,10 +221,7 @@ void Calculate_Extended_Signals(Log_Context& ctx, Log_Array& data, int L) {
     const Log_Columns& col = log.columns;
     if (!log.plan_ready) Prepare(log);
 
-    guard.Step([&] {
-        const int n = s.txt_FIR[0].empty() ? 0 : static_cast<int>(std::trunc(Text_Value(s.txt_FIR[0])));
-        RPM2_Filter4(data, L, n, col.Col_RPM, col.Col_RPM2);
-    });
+    guard.Step([&] { RPM2_Filter4(data, L, Smoothing_Rows(s.txt_FIR[0]), col.Col_RPM, col.Col_RPM2); });
     guard.Step([&] { Read_Car_Values(log, true); });
     const auto& car = log.car;
     guard.Step([&] {
@@ -255,10 +252,7 @@ void Calculate_Extended_Signals(Log_Context& ctx, Log_Array& data, int L) {
                 data(r, col.Col_Power) = car.Power_Min;
         }
     });
-    guard.Step([&] {
-        const int n2 = static_cast<int>(std::trunc(Text_Value(s.txt_FIR[1])));
-        RPM2_Filter3(data, L, n2, col.Col_Power, col.Col_Power);
-    });
+    guard.Step([&] { RPM2_Filter3(data, L, Smoothing_Rows(s.txt_FIR[1]), col.Col_Power, col.Col_Power); });
     guard.Step([&] {
         const double unit = s.Torque_option == 1 ? 1.35582 : 1.0;
         for (int r = 1; r <= L; ++r) {
@@ -328,8 +322,16 @@ void RPM2_Filter2(Log_State& log, Log_Array& data, int L, int source, int target
     }
 }
 
+int Smoothing_Rows(std::string_view text) {
+    if (text.empty()) return 0;
+    const double n = std::trunc(Text_Value(text));
+    if (n != n) return 0;
+    return static_cast<int>(std::clamp(n, -1.0, Log_Row_Limit + 1.0));
+}
+
 void RPM2_Filter3(Log_Array& data, int L, int n, int source, int target) {
-    if (n < 0 || L <= 2 * n + 1) return;
+    // Widened: n comes from a file, and 2n + 1 must not wrap to a small number.
+    if (n < 0 || L <= 2LL * n + 1) return;
     std::vector<double> mean(static_cast<std::size_t>(L + 1), 0);
     for (int r = n + 1; r <= L - n; ++r) {
         double sum = 0;
@@ -346,7 +348,7 @@ void RPM2_Filter3(Log_Array& data, int L, int n, int source, int target) {
 }
 
 void RPM2_Filter4(Log_Array& data, int L, int n, int source, int target) {
-    if (n < 0 || L <= n + 1) return;
+    if (n < 0 || L <= static_cast<long long>(n) + 1) return;
     for (int r = n + 1; r <= L; ++r) {
         double sum = 0;
         for (int k = r - n; k <= r; ++k)

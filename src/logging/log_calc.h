@@ -25,6 +25,10 @@ std::optional<int> Live_Raw_Input(const Log_State& log, int input);
 // Power, acceleration and the rest over rows 1 to `last_row`, after a file is read.
 void Calculate_Extended_Signals(Log_Context& ctx, Log_Array& data, int last_row);
 
+// The rows of a smoothing field (txt_FIR): its whole part, 0 when empty or not a number, and
+// held just beyond the rows a log can have, where no filter has work.
+int Smoothing_Rows(std::string_view text);
+
 // Smoothing of a column over rows 1 to `last_row` into another (or the same) column.
 // 1: straight lines across the steps of a coarse RPM. 2: five taps from txt_FIR 0..4.
 // 3: centred mean over 2n + 1 rows. 4: trailing mean over n + 1 rows.

@@ -2,6 +2,7 @@
 
 #include "core/proc_guard.h"
 #include "core/run_error.h"
+#include "core/text.h"
 #include "image/scaling.h"
 #include "link/serial_line.h"
 #include "logging/log_calc.h"
@@ -198,9 +199,11 @@ void Start(Log_Context& ctx) {
     cap.Log_Delayed_Start = false;
     cap.Log_Had_Interruption = false;
 
+    // A timer's period is at most about 65 s; a longer one, or a negative one, stops it.
     const double interval = Text_Value(s.txt_Show_Log_Interval);
-    cap.Timer1_Interval =
-        static_cast<int>(Round_Even_Whole(interval * (s.check_LogToFileOnly != 0 ? 200 : 1000)));
+    cap.Timer1_Interval = static_cast<int>(
+        Whole_Within(Round_Even_Whole(interval * (s.check_LogToFileOnly != 0 ? 200 : 1000)), 0, 65535)
+            .value_or(0));
     // An interval of 0 stops the timer, as a timer with no period does.
     cap.Timer1_Enabled = cap.Timer1_Interval > 0;
     cap.ShowCurser_Timer_Enabled = true;
@@ -248,6 +251,7 @@ void Stop(Log_Context& ctx) {
             cap.Log_Stream_Buffer += cap.pending;
             Fast_Read(ctx, true);
         } else {
+            Drop_End_Of_Text(cap.pending);
             log.Log_Data_Text += cap.pending;
             Backup_Write(cap, cap.pending);
         }
@@ -317,6 +321,8 @@ void Log_Receive_Event(Log_Context& ctx) {
         Log_State& log = ctx.log;
         cap.Log_Receive_Busy = true;
         std::string s = Input(ctx);
+        // Noise on the line: such a byte in a saved text log would end its reading there.
+        if (!cap.Binary) Drop_End_Of_Text(s);
 
         if (!cap.Log_First_Data_Seen) {
             cap.Log_First_Data_Seen = true;
@@ -390,8 +396,9 @@ void Timer1_Timer(Log_Context& ctx) {
     });
     Log_State& log = ctx.log;
     log.window.Zoom_Stop = cap.Log_Row_Count;
-    log.window.Zoom_Start =
-        std::max(1, cap.Log_Row_Count - static_cast<int>(20 * Text_Value(log.setup.txt_Show_Log_Sek)));
+    const long shown =
+        Whole_Within(20 * Text_Value(log.setup.txt_Show_Log_Sek), 0, Log_Row_Limit).value_or(0);
+    log.window.Zoom_Start = std::max(1, cap.Log_Row_Count - static_cast<int>(shown));
     guard.Step([&] {
         if (log.setup.check_LogToFileOnly == 0 && ctx.hooks.Update_Chart) ctx.hooks.Update_Chart();
     });

@@ -18,6 +18,7 @@ namespace quorlen {
 namespace {
 
 constexpr const char* No_Data_Text = "This is a log file without complete log data";
+constexpr const char* Not_A_Log_Text = "This is not a log file: ";
 constexpr const char* Data_Tag = "[log_data]";
 constexpr const char* Data_End_Tag = "[end log_data]";
 
@@ -33,11 +34,6 @@ constexpr Section Sections[] = {
     {&Log_State::Log_Dataset_Text, "[log_dataset]", "[end log_dataset]"},
     {&Log_State::Log_Settings_Text, "[log_settings]", "[end log_settings]"},
 };
-
-// What stops the text reading of a file: the end-of-text marks of the old text files.
-bool Ends_Text(char c) {
-    return c == '\x1A' || c == '\x03';
-}
 
 std::string Safe_File_Name(std::string name) {
     for (char& c : name)
@@ -62,6 +58,13 @@ std::string Path_In(const std::string& dir, const std::string& name) {
 }
 
 } // namespace
+
+bool Looks_Like_Log_File(std::string_view content) {
+    if (content.find("\r\n") == std::string_view::npos) return false;
+    for (const char* mark : {"[log_settings]", "[log_sens_def]", "[log_data]", "[log_dataset]", "RPM AN1"})
+        if (content.find(mark) != std::string_view::npos) return true;
+    return false;
+}
 
 std::string Log_Length_Text(int rows) {
     return Format_Number(std::max(rows - 1, 0) * 0.05, "0.0") + " s";
@@ -92,9 +95,10 @@ bool QX_Info_Data_File_Test(Log_Context& ctx) {
                 return;
             }
             log.*s.text = std::string(s.open) + "\r\n" + s.close + "\r\n";
-            // Without its own sensors a log is read with the built-in ones; without its settings
-            // section the reader rebuilds one from the controls.
-            if (s.text == &Log_State::Log_Sens_Def_Text) Load_Default_Log_Sens_Def(log);
+            // Without its own sensors, or without the settings that tie its signals to them, a
+            // log is read with the built-in sensors; the settings are rebuilt from the controls.
+            if (s.text == &Log_State::Log_Sens_Def_Text || s.text == &Log_State::Log_Settings_Text)
+                Load_Default_Log_Sens_Def(log);
         });
     }
 
@@ -238,6 +242,11 @@ bool Open_File(Log_Context& ctx, const std::string& path, bool keep_dir) {
     log.form.File_Info_Frame_Visible = true;
     if (!keep_dir) log.Log_Dir = Folder_Of_Path(path);
 
+    // A pipe or a device would hold the window forever, and a folder reads as nothing.
+    if (const auto why = Why_Not_A_File(path)) {
+        ctx.dialogs.Inform(path + " " + *why);
+        return false;
+    }
     std::string content;
     bool read = false;
     guard.Step([&] {
@@ -245,23 +254,36 @@ bool Open_File(Log_Context& ctx, const std::string& path, bool keep_dir) {
         read = true;
     });
     if (!read) return false;
+    std::string repaired = content;
+    const std::size_t dropped = Drop_End_Of_Text(repaired);
+    // Whatever the window shows stays when the file is something else.
+    if (!Looks_Like_Log_File(repaired)) {
+        ctx.dialogs.Inform(Not_A_Log_Text + Title_Of_Path(path));
+        return false;
+    }
 
     log.Repaired = false;
     log.Repaired_Bytes = 0;
+    log.Repair_Failure.clear();
     log.Log_File_Name = Title_Of_Path(path);
     log.form.Caption = ctx.program.Program_Title + log.Log_File_Name;
-    const auto stop = std::find_if(content.begin(), content.end(), Ends_Text);
-    if (stop != content.end()) {
-        guard.Step([&] {
+    // An end-of-text mark is noise that once reached a file: it goes, and the rows and sections
+    // behind it stay. The file as it was stays beside it as the safety copy.
+    if (dropped > 0) {
+        try {
             Replace_File_Atomically(path + "_repairing_copy.qxl", content);
-            std::string repaired(content.begin(), stop);
-            if (!repaired.empty() && repaired.back() != '\n') repaired += "\r\n";
             Replace_File_Atomically(path, repaired, path + "_repaired.qxl");
             log.Repaired = true;
-            log.Repaired_Bytes = static_cast<long>(content.size()) - static_cast<long>(repaired.size());
+            log.Repaired_Bytes = static_cast<long>(dropped);
             log.form.Caption += "  *repaired w. " + std::to_string(log.Repaired_Bytes) + " err";
-            content = std::move(repaired);
-        });
+        } catch (const Run_Error& e) {
+            log.Repair_Failure = e.what();
+            guard.Fail(e.what());
+            ctx.dialogs.Inform("This log file holds " + std::to_string(dropped) +
+                               " end-of-text characters and can not be repaired: " + e.what() +
+                               ". It is shown without them; the file is unchanged.");
+        }
+        content = std::move(repaired);
     }
     log.Log_File_Text = std::move(content);
 
@@ -364,10 +386,12 @@ std::string Fast_Save_Long_Log_File(Log_Context& ctx) {
             t.resize(at);
             t += std::string(Data_End_Tag) + "\r\n";
         }
-        log.Last_Row = cap.Log_Row_Count;
+        // The part's length is its line count less the tag, start and closing lines, whatever
+        // else (a header, the box's messages) stands among the rows.
+        log.Last_Row = std::clamp<int>(static_cast<int>(Count_Char(t, '\n')) - 3, 0, Log_Row_Limit);
         log.window.Zoom_Start = 1;
         log.window.Zoom_Stop = log.Last_Row;
-        log.form.txt_Log_Length = Log_Length_Text(cap.Log_Row_Count);
+        log.form.txt_Log_Length = Log_Length_Text(log.Last_Row);
         log.Unsaved = true;
         Log_File_Auto_Save(ctx);
     });

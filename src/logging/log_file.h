@@ -21,9 +21,15 @@ std::string Filter_logfile_errors(std::string_view text, long& count);
 // then the extended signals. Rows of another length than the first are skipped.
 void QX_Log_Data_Read(Log_Context& ctx);
 
-// Reads a log file. One that stops early at an end-of-text character is repaired: a safety
-// copy "<path>_repairing_copy.qxl" stays beside it and the file is cut there. `keep_dir`
-// leaves the folder of logs as it is (the default settings file).
+// A log file has CR LF line ends and at least one of its section tags (or the row head of the
+// oldest logs); an empty file, random bytes, UTF-16 or a CR-only text has not.
+bool Looks_Like_Log_File(std::string_view content);
+
+// Reads a log file. End-of-text characters in it are repaired away: a safety copy
+// "<path>_repairing_copy.qxl" stays beside it and the file keeps everything else. When the
+// file can't be written the log is shown repaired and the file stays as it was. False, with
+// the log on show untouched, for a path that is not a regular file or a file that is not a
+// log. `keep_dir` leaves the folder of logs as it is (the default settings file).
 bool Open_File(Log_Context& ctx, const std::string& path, bool keep_dir = false);
 // Writes the sections to `path`, without a line end behind the last.
 void Save_File(Log_Context& ctx, const std::string& path, bool default_file = false);

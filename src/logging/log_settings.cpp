@@ -186,12 +186,14 @@ void Read_Log_Settings(Log_Context& ctx) {
             Signal_Controls& c = s.controls[static_cast<std::size_t>(i)];
             Log_Signal& sig = log.Log_Signal_Tab[static_cast<std::size_t>(i)];
             const std::string place = field(2);
-            if (place.empty() || place == "-1") {
+            // A place past the sensor table names no sensor at all.
+            const auto sensor = Whole_Within(Val(place), 0, Log_Sensor_Rows - 1);
+            if (place.empty() || !sensor) {
                 sig.sensor = -1;
                 c.combo_index = -1;
             } else {
-                sig.sensor = static_cast<int>(Val(place));
-                c.combo_index = sig.sensor >= 0 && sig.sensor < log.Log_Sens_Count ? sig.sensor : -1;
+                sig.sensor = static_cast<int>(*sensor);
+                c.combo_index = sig.sensor < log.Log_Sens_Count ? sig.sensor : -1;
             }
             c.custom_name = field(1);
             c.view_caption = c.custom_name + " [" + sig.unit + "]";
@@ -235,8 +237,8 @@ void Read_Log_Settings(Log_Context& ctx) {
     guard.Step([&] {
         for (int g = 1; g <= 6; ++g)
             s.txt_Gearing[static_cast<std::size_t>(g)] = get("Log_Gearing", g);
-        const int gear = static_cast<int>(Val(get("Log_Gearing", 7)));
-        if (gear >= 1 && gear <= 6) s.Gear_option = gear;
+        if (const auto gear = Whole_Within(Val(get("Log_Gearing", 7)), 1, 6))
+            s.Gear_option = static_cast<int>(*gear);
         s.txt_Speed = get("Log_Gearing", 8);
         s.txt_RPM = get("Log_Gearing", 9);
     });
@@ -265,12 +267,17 @@ void Read_Log_Settings(Log_Context& ctx) {
         s.txt_Show_Log_Interval = get("Log_Time_Interval", 2);
         s.txt_FIR[0] = get("Log_Signal_Smoothing", 1);
         s.txt_FIR[1] = get("Log_Signal_Smoothing", 2);
-        s.filter.p1 = static_cast<std::int16_t>(Val(get("Log_Signal_Smoothing", 3)));
-        s.filter.p2 = static_cast<std::int16_t>(Val(get("Log_Signal_Smoothing", 4)));
+        // The kept filter parameters are 16-bit numbers; one that does not fit keeps its value.
+        auto int16 = [&](int field, std::int16_t& target) {
+            if (const auto v = Whole_Within(Val(get("Log_Signal_Smoothing", field)), -32768, 32767))
+                target = static_cast<std::int16_t>(*v);
+        };
+        int16(3, s.filter.p1);
+        int16(4, s.filter.p2);
         s.filter.p3 = Val(get("Log_Signal_Smoothing", 5));
         s.filter.p4 = Val(get("Log_Signal_Smoothing", 6));
         s.filter.p5 = Val(get("Log_Signal_Smoothing", 7));
-        s.filter.p6 = static_cast<std::int16_t>(Val(get("Log_Signal_Smoothing", 8)));
+        int16(8, s.filter.p6);
     });
     guard.Step([&] {
         log.Log_Start_String = get("Log_Start_String", 1);

@@ -281,7 +281,12 @@ void Update_Log_Sens_Def(Log_State& log) {
 void Update_Log_Sens_Tab(Log_State& log) {
     for (int i = 0; i < Log_Signal_Count; ++i) {
         Log_Signal& sig = log.Log_Signal_Tab[static_cast<std::size_t>(i)];
-        if (sig.sensor < 0 || sig.sensor >= Log_Sensor_Rows) continue;
+        // A signal without a sensor keeps nothing of the one it had.
+        if (sig.sensor < 0 || sig.sensor >= Log_Sensor_Rows) {
+            sig.name.clear();
+            sig.unit.clear();
+            continue;
+        }
         const Log_Sensor_Row& row = log.Log_Sens_Tab[static_cast<std::size_t>(sig.sensor)];
         sig.name = row[0];
         sig.unit = row[1] == "Tab" ? row[35] : row[6];

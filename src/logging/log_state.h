@@ -27,15 +27,16 @@ inline constexpr const char* Log_Backup_File_Name = "tmp_backup_log_file.qxl";
 inline constexpr const char* Default_Log_Settings_File_Name = "RZ400_800M3_Default_Log_Settings.qxl";
 
 // Log_Data: one number per row and column; an empty cell is NaN. Row 0 holds the names.
+// Rows are held from 0 up to the last one written, so a short log costs only its own rows.
 class Log_Array {
 public:
-    Log_Array();
+    Log_Array() = default;
     // Subscript out of range for a row past 7000 or a column past 74.
     double& operator()(int row, int column);
     double operator()(int row, int column) const;
     // The value as arithmetic takes it: an empty cell counts as 0.
     double Num(int row, int column) const;
-    // The 75 cells of a row, for loops that walk many rows.
+    // The 75 cells of a row, for loops that walk many rows; a row's own, so walk row by row.
     const double* Row(int row) const;
     std::string& Name(int column);
     const std::string& Name(int column) const;
@@ -43,6 +44,7 @@ public:
     static bool Empty(double v) { return v != v; }
 
 private:
+    void Hold_Row(int row);
     std::vector<double> values_;
     std::array<std::string, Log_Data_Columns> names_;
 };
@@ -217,6 +219,7 @@ struct Log_State {
     bool Log_Wide_Row = true;
     bool Repaired = false;
     long Repaired_Bytes = 0;
+    std::string Repair_Failure; // why a file that needed repair could not be written, or "".
     bool Controls_Ready = false;
     bool Unsaved = false;
     int Signals_Read = 0; // Log_Def lines of the last settings read

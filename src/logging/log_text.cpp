@@ -154,6 +154,17 @@ bool set_log_file_setting(std::string& text, std::string_view key, std::string_v
     return true;
 }
 
+bool Is_End_Of_Text(char c) {
+    return c == '\x1A' || c == '\x03';
+}
+
+std::size_t Drop_End_Of_Text(std::string& text) {
+    const auto kept = std::remove_if(text.begin(), text.end(), Is_End_Of_Text);
+    const auto dropped = static_cast<std::size_t>(text.end() - kept);
+    text.erase(kept, text.end());
+    return dropped;
+}
+
 long Count_Char(std::string_view text, char c, std::size_t from, std::size_t to) {
     if (from >= text.size()) return 0;
     to = std::min(to, text.size());

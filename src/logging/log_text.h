@@ -56,6 +56,12 @@ std::string Raw_Log_File_Setting(std::string_view text, std::string_view key, in
 bool set_log_file_setting(std::string& text, std::string_view key, std::string_view value, int occurrence,
                           int field, User_Dialogs* dialogs = nullptr);
 
+// The end-of-text marks (0x1A, 0x03) at which the text reading of old files stopped. On the
+// line they are noise, and in a log they have no place.
+bool Is_End_Of_Text(char c);
+// Drops every end-of-text mark from `text`; the number dropped.
+std::size_t Drop_End_Of_Text(std::string& text);
+
 // Number of `c` in text[from, to).
 long Count_Char(std::string_view text, char c, std::size_t from = 0, std::size_t to = std::string_view::npos);
 

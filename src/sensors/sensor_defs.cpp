@@ -167,11 +167,15 @@ void Add_Sensor_Definition(Sensor_Table& table, std::string_view value, Proc_Gua
 
 void Load_Sensor_Definitions(Sensor_State& sensors, const Ini_File& ini, Proc_Guard& guard,
                              std::string* debug_txt) {
+    Load_Sensor_Definitions(sensors, ini.Snapshot(), guard, debug_txt);
+}
+
+void Load_Sensor_Definitions(Sensor_State& sensors, const Ini_Snapshot& ini, Proc_Guard& guard,
+                             std::string* debug_txt) {
     Sensor_Table& table = sensors.table;
     Reset_Sensor_Table(table);
-    for (int k = 1;; ++k) {
-        std::string value;
-        if (!ini.Read_Ini("Sens_Def", value, k) || value.empty()) break;
+    for (const std::string& value : ini.Read_List("Sens_Def")) {
+        if (value.empty()) break;
         Add_Sensor_Definition(table, value, guard, debug_txt);
     }
     Analog_Selection& in = sensors.inputs;
@@ -365,9 +369,11 @@ void Select_Row(Analog_Context& ctx, int input) {
 
 void Init_Analog_from_Inifile(Analog_Context& ctx) {
     Proc_Guard guard(ctx.log, "init analog from inifile");
+    Ini_Snapshot ini;
+    guard.Step([&] { ini = ctx.ini.Snapshot(); });
     for (int i = 1; i <= Analog_Inputs; ++i) {
         guard.Step([&] {
-            auto value = Val(ctx.ini.Read_Ini("an_sel" + std::to_string(i)));
+            auto value = Val(ini.Read_Ini("an_sel" + std::to_string(i)));
             ctx.sensors.inputs.An_Sel[static_cast<std::size_t>(i)] = To_Int16(value);
             Select_Row(ctx, i);
         });

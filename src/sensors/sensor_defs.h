@@ -100,6 +100,9 @@ void Add_Sensor_Definition(Sensor_Table& table, std::string_view value, Proc_Gua
 // The Sens_Def entries of the configuration, then the selection lists. Part of Init_ini_file.
 void Load_Sensor_Definitions(Sensor_State& sensors, const Ini_File& ini, Proc_Guard& guard,
                              std::string* debug_txt = nullptr);
+// The same from a snapshot the caller took for a load of its own.
+void Load_Sensor_Definitions(Sensor_State& sensors, const Ini_Snapshot& ini, Proc_Guard& guard,
+                             std::string* debug_txt = nullptr);
 
 // The physical value of raw reading `raw` on sensor `s`, rounded to its decimals; nullopt
 // for no sensor (-1 or not below Sens_Count). The caller's raw is clamped in place to what

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 namespace quorlen {
 namespace {
 
@@ -104,6 +106,15 @@ TEST(OscFile, NotAHighSpeedLogWithoutItsMarkLine) {
     EXPECT_FALSE(Read_Osc_Text("x[Log_Osc_Data]\r\n001\r\n", error));
     EXPECT_FALSE(Read_Osc_File("/nonexistent/dir/x.qxo", error));
     EXPECT_NE(error.find("x.qxo"), std::string::npos);
+
+    // A pipe nobody writes to would hold the window for ever; a folder would read as nothing.
+    test::Temp_Dir dir;
+    const std::string pipe = dir.File("pipe.qxo");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_FALSE(Read_Osc_File(pipe, error));
+    EXPECT_EQ(error, pipe + " is a named pipe (FIFO)");
+    EXPECT_FALSE(Read_Osc_File(dir.File(""), error));
+    EXPECT_NE(error.find("is a folder"), std::string::npos);
 }
 
 TEST(OscFile, TheEchoAndTheCheckBytesHoldTheLevelsAroundThem) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 
 namespace quorlen {
 namespace {
@@ -47,6 +48,49 @@ TEST(Cli, QxsDiffListsEachDifferingAddress) {
     EXPECT_EQ(r.out, "300\t0\t17\n1023\t0\t2\n");
     EXPECT_EQ(Cli({"qxs-diff", dir.File("a.qxs"), dir.File("none.qxs")}).code, 2);
     EXPECT_EQ(Cli({"frobnicate"}).code, 2);
+}
+
+TEST(Cli, LogCommandsRefuseWhatIsNotALogAndNameIt) {
+    Temp_Dir dir;
+    std::string noise(3000, '\0');
+    for (std::size_t i = 0; i < noise.size(); ++i)
+        noise[i] = static_cast<char>((i * 131 + 7) % 256);
+    const std::u16string wide = u"[log_settings]\r\nLog_File_Version=4.0\t\r\n[end log_settings]\r\n";
+    Write_File(dir.File("empty.qxl"), "");
+    Write_File(dir.File("noise.qxl"), noise);
+    Write_File(dir.File("utf16.qxl"),
+               std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2));
+    Write_File(dir.File("cr.qxl"),
+               "[log_settings]\rLog_File_Version=4.0\t\r[end log_settings]\r[log_data]\rLa\r");
+    for (const char* command : {"log-info", "log-csv"}) {
+        for (const char* name : {"empty.qxl", "noise.qxl", "utf16.qxl", "cr.qxl"}) {
+            auto r = Cli({command, dir.File(name)});
+            EXPECT_EQ(r.code, 1) << command << " " << name;
+            EXPECT_EQ(r.out, "") << command << " " << name;
+            EXPECT_EQ(r.err, std::string("This is not a log file: ") + name + "\n") << command;
+        }
+        auto r = Cli({command, dir.Path().string()});
+        EXPECT_EQ(r.code, 1);
+        EXPECT_EQ(r.err, dir.Path().string() + " is a folder\n");
+        r = Cli({command, "/dev/null"});
+        EXPECT_EQ(r.err, "/dev/null is a device\n");
+        r = Cli({command, dir.File("missing.qxl")});
+        EXPECT_EQ(r.err, dir.File("missing.qxl") + " does not exist\n");
+    }
+}
+
+TEST(Cli, LogInfoSaysWhenARepairCantBeWritten) {
+    Temp_Dir dir;
+    std::string log =
+        test::Read_File(std::string(QUORLEN_DATA_DIR) + "/RZ400_800M3_Default_Log_Settings.qxl");
+    log.insert(log.find("[log_dataset]"), "\x1A");
+    Write_File(dir.File("held.qxl"), log);
+    std::filesystem::create_directory(dir.File("held.qxl_repairing_copy.qxl"));
+    auto r = Cli({"log-info", dir.File("held.qxl")});
+    EXPECT_EQ(r.code, 0);
+    EXPECT_NE(r.out.find("repaired: no, it needs repair but can not be written"), std::string::npos) << r.out;
+    EXPECT_NE(r.err.find("can not be repaired"), std::string::npos) << r.err;
+    EXPECT_EQ(test::Read_File(dir.File("held.qxl")), log);
 }
 
 } // namespace

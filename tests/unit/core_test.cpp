@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -70,6 +71,25 @@ TEST(IniFile, ReadsValuesWithEqualsInsideAndListsByOccurrenceAndBracketKeys) {
     EXPECT_EQ(ini.Read_Ini_Number("missing"), 0);
 }
 
+TEST(IniFile, ASnapshotReadsAsTheFileDoes) {
+    Temp_Dir dir;
+    // A last line without its line end, and a bare CR inside a value, read as the file has them.
+    Write_File(dir.File("q.ini"),
+               "[Main]\r\nformula=a=b+c\r\nSens_Def=one\nSENS_DEF=t\rwo\r\nplain line\r\n=x\r\nlast=1");
+    const Ini_File ini(dir.File("q.ini"), dir.File("QXS.new"));
+    const Ini_Snapshot snapshot = ini.Snapshot();
+    for (const char* key : {"formula", "FORMULA", "sens_def", "[main", "plain line", "", "last", "none"})
+        for (int occurrence : {0, 1, 2, 3}) {
+            std::string from_file = "stale", from_snapshot = "stale";
+            EXPECT_EQ(ini.Read_Ini(key, from_file, occurrence),
+                      snapshot.Read_Ini(key, from_snapshot, occurrence))
+                << key << " " << occurrence;
+            EXPECT_EQ(from_file, from_snapshot) << key << " " << occurrence;
+        }
+    EXPECT_EQ(snapshot.Read_List("Sens_Def"), (std::vector<std::string>{"one", "t\rwo"}));
+    EXPECT_TRUE(Ini_File(dir.File("none.ini"), "").Snapshot().Read_List("Sens_Def").empty());
+}
+
 TEST(IniFile, MissingFileReadsEmptyAndWriteCreatesIt) {
     Temp_Dir dir;
     Ini_File ini(dir.File("q.ini"), dir.File("QXS.new"));
@@ -90,6 +110,23 @@ TEST(IniFile, FailedWriteLeavesTheOldFileWhole) {
 }
 
 // A writer killed at any moment leaves the old or the new file, never a part of either.
+TEST(ReadWholeFile, OnlyARegularFileIsReadAndNothingWaitsOnAPipe) {
+    Temp_Dir dir;
+    Write_File(dir.File("a.txt"), std::string("a\0b", 3));
+    EXPECT_EQ(Read_Whole_File(dir.File("a.txt")), std::string("a\0b", 3));
+    const std::string pipe = dir.File("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& path : {pipe, dir.File(""), std::string("/dev/zero")}) {
+        try {
+            Read_Whole_File(path);
+            ADD_FAILURE() << path << " was read";
+        } catch (const Run_Error& e) {
+            EXPECT_EQ(e.number(), 75) << path;
+        }
+    }
+    EXPECT_THROW(Read_Whole_File(dir.File("none")), Run_Error);
+}
+
 TEST(AtomicReplace, KilledWriterLeavesOldOrNewFileWhole) {
     Temp_Dir dir;
     const std::string path = dir.File("tune.qxs");
@@ -168,6 +205,7 @@ TEST(WindowSize, RoundTripAndTheThreeStates) {
     EXPECT_EQ(Window_Size_To_Save(maximised, "012000\t9000\t300\t200\t;"), "212000\t9000\t300\t200\t;");
     EXPECT_FALSE(Window_Size_To_Save(Window_Size{1, 1, 1, 1, 1}, "012000\t9000\t300\t200\t;"));
     EXPECT_FALSE(Parse_Window_Size("0abc\t"));
+    EXPECT_FALSE(Parse_Window_Size("04294967296\t9000\t300\t200\t;"));
 }
 
 TEST(AppPath, SeedingCopiesTheShippedFoldersAndKeepsTheUsersFiles) {

@@ -437,6 +437,22 @@ TEST(Port_List, ComboShowsUsbAdaptersPlainlyAndTakesTheOnlyOneWhenNothingMatches
     EXPECT_EQ(fill.Com_Port, 7);
 }
 
+TEST(Port_Permission, TheAdviceNamesAGroupThatGrantsTheDeviceAndNeverRootOrTty) {
+    EXPECT_EQ(Group_To_Join("dialout", 0660), "dialout");
+    EXPECT_EQ(Group_To_Join("uucp", 0660), "uucp");
+    // A group that may only read, or only write, grants nothing.
+    EXPECT_EQ(Group_To_Join("plugdev", 0640), "dialout");
+    EXPECT_EQ(Group_To_Join("tty", 0620), "dialout");
+    EXPECT_EQ(Group_To_Join("tty", 0660), "dialout");
+    EXPECT_EQ(Group_To_Join("root", 0660), "dialout");
+    EXPECT_EQ(Group_To_Join("", 0666), "dialout");
+
+    const std::string advice =
+        Open_Failure_Advice("/dev/ttyUSB0", {Open_Failure::No_Permission, "Permission denied", "root"});
+    EXPECT_EQ(advice, "/dev/ttyUSB0: permission denied. Add yourself to the group 'dialout' "
+                      "(sudo usermod -aG dialout $USER) and log in again");
+}
+
 // A USB adapter gets the next free ttyUSB number when it is plugged in; its by-id link stays.
 TEST(Port_List, AnAdapterIsRememberedByItsStableLinkAndFoundAgainByIt) {
     test::Temp_Dir dir;

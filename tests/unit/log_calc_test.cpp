@@ -250,6 +250,17 @@ TEST_F(LogCalc, TheFourFilters) {
     EXPECT_DOUBLE_EQ(At(6, 43), (1210 + 1090) / 2.0);
     EXPECT_EQ(state->setup.txt_FIR[4], "0");
     EXPECT_TRUE(Log_Array::Empty(At(4, 43)));
+
+    // A window from a file wider than any log does nothing, however wide: 2n + 1 must not wrap.
+    for (int n : {1 << 30, 2147483647}) {
+        EXPECT_NO_THROW(RPM2_Filter3(state->Log_Data, 8, n, 1, 44));
+        EXPECT_NO_THROW(RPM2_Filter4(state->Log_Data, 8, n, 1, 44));
+    }
+    EXPECT_TRUE(Log_Array::Empty(At(1, 44)));
+    EXPECT_EQ(Smoothing_Rows("2147483647"), Log_Row_Limit + 1);
+    EXPECT_EQ(Smoothing_Rows("-5"), -1);
+    EXPECT_EQ(Smoothing_Rows("3,7"), 3);
+    EXPECT_EQ(Smoothing_Rows(""), 0);
 }
 
 TEST_F(LogCalc, GearingAndTheReadersOfTheSavedImage) {

@@ -5,11 +5,13 @@
 #include "box.h"
 #include "core/atomic_file.h"
 #include "logging/log_capture.h"
+#include "logging/log_file.h"
 #include "logging/log_settings.h"
 #include "support/log_fixture.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 
@@ -275,6 +277,32 @@ TEST_F(LogCapture, AnIntervalOfNothingStopsTimer1) {
     EXPECT_TRUE(state->form.label_NoGraph_Visible);
 }
 
+TEST_F(LogCapture, NoiseOnTheLineNeverCostsTheRowsAfterIt) {
+    Start();
+    // End-of-text bytes arrive between rows and inside them, as a bad cable brings them.
+    int bursts = 0;
+    timers->Run_Until(clock + 3.0, [&](double step) {
+        clock += step;
+        Pump();
+        if (line.incoming.size() > 40 && bursts < 6) {
+            line.incoming.insert(line.incoming.size() / (bursts % 2 + 1), bursts % 2 ? "\x03" : "\x1A");
+            ++bursts;
+        }
+    });
+    Stop();
+    const std::string file = Saved();
+    EXPECT_EQ(file.find_first_of("\x1A\x03"), std::string::npos);
+    const std::size_t rows = Counters(file).size();
+    EXPECT_GE(rows, 55u);
+    EXPECT_EQ(Read_File(state->capture.backup_path).find_first_of("\x1A\x03"), std::string::npos);
+
+    // Opened again, nothing needs repair and every row is there.
+    auto c = Ctx();
+    ASSERT_TRUE(Open_File(c, dir.File("QXLog-_2024-05-31_14-03-59.qxl")));
+    EXPECT_FALSE(state->Repaired);
+    EXPECT_EQ(static_cast<std::size_t>(state->Last_Row), rows);
+}
+
 class LogSplit : public LogCapture, public ::testing::WithParamInterface<int> {};
 
 TEST_P(LogSplit, Row6901StartsANewFileAndNoRowIsLost) {
@@ -294,6 +322,15 @@ TEST_P(LogSplit, Row6901StartsANewFileAndNoRowIsLost) {
     EXPECT_EQ((b.front() - a.back() + 256) % 256, 1);
     EXPECT_NEAR(static_cast<double>(a.size() + b.size()), 7000, 3);
     EXPECT_FALSE(std::filesystem::exists(dir.File("QXLog-_2024-05-31_14-03-59_003.qxl")));
+
+    // The first part's length is its line count less the tag, start and closing lines.
+    const auto data = first.find("[log_data]");
+    const auto end = first.find("[end log_data]\r\n", data) + 16;
+    const long lines =
+        std::count(first.begin() + static_cast<long>(data), first.begin() + static_cast<long>(end), '\n');
+    EXPECT_NE(first.find("Log_Zoom=1\t" + std::to_string(lines - 3) + "\t"), std::string::npos);
+    EXPECT_NE(first.find("Log_Length=" + Log_Length_Text(static_cast<int>(lines - 3)) + "\t"),
+              std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(TextAndBinary, LogSplit, ::testing::Values(0, 1));

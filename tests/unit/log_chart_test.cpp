@@ -109,6 +109,21 @@ TEST(ChartWindow, AWindowFromAFileIsHeldInsideTheRows) {
 
 // --- scales ----------------------------------------------------------------------------------
 
+TEST(ChartRows, ARowPastTheLastOneWrittenReadsEmpty) {
+    // The array holds rows only up to the last one written; the chart walks rows by pointer
+    // up to the window's end, which a file's zoom or a recording may put further.
+    Log_Array data;
+    data(3, 5) = 1.5;
+    EXPECT_EQ(data.Row(3)[5], 1.5);
+    for (const int row : {4, 100, Log_Row_Limit}) {
+        const double* cells = data.Row(row);
+        EXPECT_TRUE(std::all_of(cells, cells + Log_Data_Columns, Log_Array::Empty)) << row;
+        EXPECT_TRUE(Log_Array::Empty(data(row, 5))) << row;
+    }
+    data.Clear();
+    EXPECT_TRUE(Log_Array::Empty(data.Row(3)[5]));
+}
+
 TEST(ChartScales, AnAxisIsFixedOnlyByTwoNumbers) {
     EXPECT_TRUE(Axis_Scale_Of("0", "").automatic);
     EXPECT_TRUE(Axis_Scale_Of("Auto", "100").automatic);

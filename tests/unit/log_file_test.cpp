@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sys/stat.h>
 
 namespace quorlen {
 namespace {
@@ -148,25 +149,116 @@ TEST_F(LogFile, AFileCutInsideTheDataOpensToItsLastFullRow) {
         EXPECT_EQ(said.find("without complete log data"), std::string::npos);
 }
 
-TEST_F(LogFile, AnEndOfTextCharacterIsRepairedWithTheSafetyCopyBeside) {
+TEST_F(LogFile, EndOfTextCharactersAreRepairedAwayAndEverythingAfterThemStays) {
     Load_Defaults();
-    std::string whole = Log_File_With(Text_Data(50));
-    const auto row_30 = whole.find(boxsim::Text_Row(boxsim::Engine_At(30)));
-    whole.insert(row_30 + 10, "\x1A");
-    const std::string path = Put("damaged.qxl", whole);
+    const std::string whole = Log_File_With(Text_Data(50), "1\r\n2\r\n");
+    std::string damaged = whole;
+    damaged.insert(damaged.find(boxsim::Text_Row(boxsim::Engine_At(30))) + 10, "\x1A");
+    damaged.insert(damaged.find("[log_dataset]"), "\x03");
+    const std::string path = Put("damaged.qxl", damaged);
     ASSERT_TRUE(Open(path));
 
-    EXPECT_EQ(Read_File(path + "_repairing_copy.qxl"), whole);
+    EXPECT_EQ(Read_File(path + "_repairing_copy.qxl"), damaged);
     EXPECT_FALSE(std::filesystem::exists(path + "_repaired.qxl"));
-    const std::string repaired = Read_File(path);
-    EXPECT_EQ(repaired, whole.substr(0, row_30 + 10) + "\r\n");
-    const long lost = static_cast<long>(whole.size() - repaired.size());
+    EXPECT_EQ(Read_File(path), whole);
+    EXPECT_EQ(state->Last_Row, 50);
+    EXPECT_EQ(state->Log_Dataset_Text, "[log_dataset]\r\n1\r\n2\r\n[end log_dataset]");
     EXPECT_TRUE(state->Repaired);
-    EXPECT_EQ(state->Repaired_Bytes, lost);
-    const std::string note = "  *repaired w. " + std::to_string(lost) + " err";
+    EXPECT_EQ(state->Repaired_Bytes, 2);
+    const std::string note = "  *repaired w. 2 err";
     EXPECT_NE(state->form.txt_Log_Free_Text.find(note), std::string::npos);
     EXPECT_NE(state->form.Caption.find(note), std::string::npos);
+}
+
+TEST_F(LogFile, ARepairThatCantBeWrittenIsSaidAndLeavesTheFileAlone) {
+    Load_Defaults();
+    std::string damaged = Log_File_With(Text_Data(20));
+    damaged.insert(damaged.find(boxsim::Text_Row(boxsim::Engine_At(5))), "\x1A");
+    const std::string path = Put("held.qxl", damaged);
+    // Where the safety copy would go stands a folder: nothing can be written.
+    std::filesystem::create_directory(path + "_repairing_copy.qxl");
+    ASSERT_TRUE(Open(path));
+    EXPECT_EQ(Read_File(path), damaged);
+    EXPECT_FALSE(state->Repaired);
+    EXPECT_FALSE(state->Repair_Failure.empty());
+    EXPECT_EQ(state->Last_Row, 20);
+    ASSERT_FALSE(dialogs.informed.empty());
+    EXPECT_NE(dialogs.informed.back().find("can not be repaired"), std::string::npos)
+        << dialogs.informed.back();
+}
+
+TEST_F(LogFile, WhatIsNotALogFileIsRefusedAndTheLogOnShowStays) {
+    Load_Defaults();
+    const std::string good = Log_File_With(Text_Data(30));
+    ASSERT_TRUE(Open(Put("good.qxl", good)));
+    std::u16string wide(good.begin(), good.end());
+    std::string cr_only = good;
+    for (std::size_t at; (at = cr_only.find("\r\n")) != std::string::npos;)
+        cr_only.replace(at, 2, "\r");
+    std::string noise(4000, '\0');
+    for (std::size_t i = 0; i < noise.size(); ++i)
+        noise[i] = static_cast<char>((i * 7919 + 13) % 251);
+    const std::vector<std::pair<std::string, std::string>> files = {
+        {"empty.qxl", ""},
+        {"noise.qxl", noise},
+        {"utf16.qxl", std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2)},
+        {"cr-only.qxl", cr_only}};
+    for (const auto& [name, content] : files) {
+        EXPECT_FALSE(Open(Put(name, content))) << name;
+        EXPECT_EQ(dialogs.informed.back(), "This is not a log file: " + name);
+        EXPECT_EQ(state->Last_Row, 30) << name;
+    }
+    // A pipe would hold the window for ever; a folder reads as nothing.
+    const std::string fifo = dir.File("pipe.qxl");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_FALSE(Open(fifo));
+    EXPECT_EQ(dialogs.informed.back(), fifo + " is a named pipe (FIFO)");
+    EXPECT_FALSE(Open(dir.Path().string()));
+    EXPECT_EQ(dialogs.informed.back(), dir.Path().string() + " is a folder");
+    EXPECT_FALSE(Open("/dev/null"));
+    EXPECT_EQ(dialogs.informed.back(), "/dev/null is a device");
     EXPECT_EQ(state->Last_Row, 30);
+}
+
+TEST_F(LogFile, AFileWithoutSettingsIsReadWithTheBuiltInSensors) {
+    Load_Defaults();
+    std::string file = Log_File_With(Text_Data(10));
+    const auto settings = file.find("[log_settings]");
+    file.erase(settings, file.find("[end log_settings]") + 18 - settings);
+    // Its own sensors are of no use without the settings that give them to the signals.
+    file.replace(file.find("Log_Sens_Def=RPM\t"), 17, "Log_Sens_Def=Mine\t");
+    ASSERT_TRUE(Open(Put("no-settings.qxl", file)));
+    EXPECT_EQ(state->Log_Sens_Tab[0][0], "RPM");
+    EXPECT_EQ(state->Log_Sens_Count, 17);
+    EXPECT_NE(state->Log_Settings_Text.find("Log_Def73="), std::string::npos);
+    EXPECT_EQ(state->Last_Row, 10);
+}
+
+TEST_F(LogFile, NumbersOutOfRangeInTheSettingsAreNotTaken) {
+    Load_Defaults();
+    std::string file = Log_File_With(Text_Data(40));
+    auto set = [&](const std::string& key, const std::string& value) {
+        const auto at = file.find(key + "=");
+        file.replace(at, file.find("\r\n", at) - at, key + "=" + value);
+    };
+    // Each of these once overflowed an index, a loop bound or a 16-bit number.
+    set("Log_Signal_Smoothing",
+        "99999999999\t2147483647\t70000\t-99999999999\t1\t2\t3\t99999999999999999999\t");
+    set("Log_Def1", "AN1\t4294967297\tAD\t1\t0\t1\t1\tAN1\t");
+    set("Log_Zoom", "99999999999999\t-7\t");
+    set("Log_Gearing", "1\t2\t3\t4\t5\t6\t4294967299\t135\t3647\t");
+    ASSERT_TRUE(Open(Put("wild.qxl", file)));
+    EXPECT_EQ(state->Last_Row, 40);
+    EXPECT_EQ(state->setup.filter.p1, 0);
+    EXPECT_EQ(state->setup.filter.p2, 3000);
+    EXPECT_EQ(state->setup.filter.p6, -10);
+    EXPECT_EQ(state->Log_Signal_Tab[1].sensor, -1);
+    // A zoom outside the log settles on the whole log.
+    EXPECT_EQ(state->window.Zoom_Start, 1);
+    EXPECT_EQ(state->window.Zoom_Stop, 40);
+    EXPECT_EQ(state->setup.Gear_option, 3); // as the default settings chose it
+    // A smoothing longer than the log leaves the power unsmoothed, as a short log does.
+    EXPECT_FALSE(Log_Array::Empty(state->Log_Data(20, state->columns.Col_Power)));
 }
 
 TEST_F(LogFile, ABackupFileReadsWithOrWithoutItsClosingSections) {
@@ -246,6 +338,17 @@ TEST_F(LogFile, ASignalWithoutSensorIsSavedWithItsOwnNumber) {
     // Read back, the number is taken for the sensor in that place.
     Read_Log_Settings(c);
     EXPECT_EQ(state->Log_Signal_Tab[5].sensor, 5);
+}
+
+TEST_F(LogFile, ASignalThatLostItsSensorLosesItsNameAndUnit) {
+    Load_Defaults();
+    Log_Signal& sig = state->Log_Signal_Tab[2];
+    ASSERT_FALSE(sig.unit.empty());
+    sig.sensor = -1;
+    Update_Log_Sens_Tab(*state);
+    EXPECT_EQ(sig.name, "");
+    EXPECT_EQ(sig.unit, "");
+    EXPECT_EQ(state->setup.controls[2].view_caption, state->setup.controls[2].custom_name + " []");
 }
 
 TEST_F(LogFile, AutoSaveNamesTheFileByDateAndTime) {

@@ -6,6 +6,7 @@
 #include "engine/page_choices.h"
 #include "engine/settings_pages.h"
 #include "support/cli_run.h"
+#include "support/file_opens.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -380,6 +381,8 @@ TEST_F(Pages, LayoutAndListsFromTheConfiguration) {
     // A configuration without a list still offers every value by its number.
     EXPECT_EQ(pages.lists.Pwm_Function.size(), 9u);
     EXPECT_EQ(pages.lists.Pwm_Function[8], "8");
+    // The four lists come from one reading of the file, however many lines they have.
+    EXPECT_EQ(test::Opens_Of(dir.File("test.ini"), [&] { Load_Output_Lists(ini); }), 1);
     EXPECT_EQ(Choice_Text(pages, image, *Find_Page_Choice("digital_combo_0")), "Not used");
     Byte(230) = 0x70;
     EXPECT_EQ(Choice_Text(pages, image, *Find_Page_Choice("digital_combo_0")), "7");

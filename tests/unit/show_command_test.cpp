@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <sstream>
 
 namespace quorlen {
@@ -115,6 +116,35 @@ TEST_F(Show, RepairsAreReportedOnStderrInTheMessageWords) {
               "Error in PWM1 signal selection setting\n");
     EXPECT_EQ(Grid(r.out)[0][1], "188");
     EXPECT_EQ(Grid(r.out)[0][2], "438");
+}
+
+TEST_F(Show, AnIniThatIsNotThereIsAnErrorNotARunWithoutSensors) {
+    const std::string file = Save();
+    for (const std::string& bad : {dir.File("none.ini"), dir.Path().string()}) {
+        for (const std::vector<std::string>& args :
+             {std::vector<std::string>{"show", file, "--table", "fuel", "--ini", bad},
+              {"edit", file, "-o", dir.File("out.qxs"), "--ini", bad, "--op", "fuel", "1,1", "=5"},
+              {"settings", file, "--ini", bad},
+              {"summary", file, "--ini", bad},
+              {"generate", file, "-o", dir.File("out.qxs"), "--ini", bad},
+              {"crank", file, "--ini", bad}}) {
+            test::Cli_Result r = Cli(args);
+            EXPECT_EQ(r.code, 1) << args[0] << " " << bad;
+            EXPECT_EQ(r.out, "");
+            const std::string why = bad == dir.Path().string() ? " is a folder\n" : " does not exist\n";
+            EXPECT_EQ(r.err, "quorlen-cli: --ini " + bad + why);
+        }
+    }
+    EXPECT_FALSE(std::filesystem::exists(dir.File("out.qxs")));
+    // The commands that read only the configuration say the same.
+    for (const std::vector<std::string>& args :
+         {std::vector<std::string>{"engine", "--list", "--ini", dir.File("none.ini")},
+          {"preset", "--list", "--ini", dir.File("none.ini")},
+          {"sensor", "--ini", dir.File("none.ini"), "--list"}}) {
+        test::Cli_Result r = Cli(args);
+        EXPECT_EQ(r.code, 1) << args[0];
+        EXPECT_EQ(r.err, "quorlen-cli: --ini " + dir.File("none.ini") + " does not exist\n");
+    }
 }
 
 TEST_F(Show, ParametersPrintTheirTextAndUnit) {

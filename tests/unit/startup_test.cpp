@@ -1,4 +1,5 @@
 #include "app/startup.h"
+#include "support/file_opens.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -109,6 +110,36 @@ TEST_F(Startup, PresetsAndTheSelectedOne) {
     Ini("preset_list=200<Street>$$\xC2\xA3\r\nUser_Preset=9\r\n");
     Init_ini_file(app);
     EXPECT_EQ(app.User_Preset, 1); // beyond the rows: the count
+}
+
+TEST_F(Startup, TheLoadReadsTheFileOnceHoweverLongItsLists) {
+    std::string text = "comport1=3\r\n";
+    for (int i = 1; i <= 300; ++i)
+        text += "Sens_Def=S" + std::to_string(i) + "\tLinear\t0.1\t0\t0\t255\tV\t1\tbin\r\n";
+    for (int i = 1; i <= 100; ++i)
+        text += "preset_list=200<P" + std::to_string(i) + ">$$\xC2\xA3\r\n";
+    Ini(text + "User_Preset=5\r\n");
+    // The load may read the file, and rewrite it for start_dir.
+    const int opens = test::Opens_Of(dir.File("RZ400_800M3.ini"), [&] { Init_ini_file(app); });
+    EXPECT_GE(opens, 1);
+    EXPECT_LE(opens, 2);
+    EXPECT_EQ(app.sensors.table.Sens_Count, 301);
+    EXPECT_EQ(app.sensors.table.Name(300), "S300");
+    EXPECT_EQ(app.PresetList.size(), 100u);
+    EXPECT_EQ(app.User_Preset, 5);
+    EXPECT_EQ(app.program.Com_Port, 3);
+}
+
+TEST_F(Startup, NumbersTooBigForTheirOptionsCountAsAbsent) {
+    Ini("Autoguide=99999999999999999999\r\nManualUSBDetect=-99999999999\r\ncomport1=4294967297\r\n");
+    app.program.Starting_Up = true;
+    Read_Language_And_Autoguide(app);
+    Read_Link_And_Autostart(app);
+    Init_ini_file(app);
+    EXPECT_EQ(app.program.Autoguide, 0);
+    EXPECT_EQ(app.program.ManualUSBDetect, 0);
+    EXPECT_FALSE(app.prefs.ManualUSBDetect_Check);
+    EXPECT_EQ(app.program.Com_Port, 0);
 }
 
 } // namespace

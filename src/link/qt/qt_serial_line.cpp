@@ -26,11 +26,12 @@ bool Request_Low_Latency(int fd) {
     return ioctl(fd, TIOCSSERIAL, &settings) == 0;
 }
 
-std::string Owner_Group(const std::string& path) {
+// The group whose members may use the device, as the advice names it.
+std::string Group_Granting(const std::string& path) {
     struct stat st {};
     if (stat(path.c_str(), &st) != 0) return "";
     const group* g = getgrgid(st.st_gid);
-    return g != nullptr ? g->gr_name : "";
+    return Group_To_Join(g != nullptr ? g->gr_name : "", st.st_mode);
 }
 
 Open_Result Classify(const QSerialPort& port, const std::string& path) {
@@ -45,7 +46,7 @@ Open_Result Classify(const QSerialPort& port, const std::string& path) {
         // not open; the file's own permissions tell them apart.
         if (access(path.c_str(), R_OK | W_OK) != 0 && errno == EACCES) {
             result.failure = Open_Failure::No_Permission;
-            result.group = Owner_Group(path);
+            result.group = Group_Granting(path);
         } else {
             result.failure = Open_Failure::Busy;
         }
