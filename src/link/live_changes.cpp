@@ -47,8 +47,11 @@ std::string Drain_Stream(Live_Context& ctx, std::string tail) {
     Serial_Line& line = ctx.log_line;
     const Link_Context& c = ctx.s.link;
     const double start = c.Now();
-    // A row the box began just before the blank came would show its first characters by then.
-    const double guard = 3 * 10.0 / std::max(c.program.ComSpeed, 1200) + 0.0005;
+    // A row the box began before the blank reached it shows its first character by then: the
+    // blank's way there, that character's way back, and the latency of the two ends. The
+    // guard counts from the blank, not from the last character: a row that ends after it is
+    // the last one, since the box had the blank before it could begin another.
+    const double guard = start + 3 * 10.0 / std::max(c.program.ComSpeed, 1200) + 0.0005;
     double last_arrival = start;
     std::string rest;
     for (;;) {
@@ -62,7 +65,7 @@ std::string Drain_Stream(Live_Context& ctx, std::string tail) {
             continue;
         }
         const bool row_ended = tail.empty() || Ends_With(tail, ctx.Row_End);
-        const double wait = row_ended ? guard - (now - last_arrival) : Row_Silence - (now - last_arrival);
+        const double wait = row_ended ? guard - now : Row_Silence - (now - last_arrival);
         if (wait <= 0 || now - start >= Drain_Limit || !line.Is_Open()) break;
         line.Wait_For_Input(std::min(wait, Drain_Limit - (now - start)));
     }

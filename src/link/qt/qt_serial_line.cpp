@@ -8,6 +8,7 @@
 #include <cmath>
 #include <grp.h>
 #include <linux/serial.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -152,8 +153,16 @@ void Qt_Serial_Line::Write(std::string_view bytes) {
 bool Qt_Serial_Line::Wait_For_Input(double seconds) {
     if (!Is_Open()) return false;
     if (port_->bytesAvailable() > 0) return true;
-    const int ms = seconds <= 0 ? 0 : static_cast<int>(std::ceil(seconds * 1000.0));
-    const bool got = port_->waitForReadyRead(ms);
+    // waitForReadyRead counts whole milliseconds, and rounding a guard of a few character
+    // times up to one would cost more than the characters it waits for; the descriptor is
+    // waited on to the microsecond, and Qt then takes what came.
+    if (seconds > 0) {
+        const double whole = std::floor(seconds);
+        timespec timeout{static_cast<time_t>(whole), static_cast<long>((seconds - whole) * 1e9)};
+        pollfd pfd{static_cast<int>(port_->handle()), POLLIN, 0};
+        ppoll(&pfd, 1, &timeout, nullptr);
+    }
+    const bool got = port_->waitForReadyRead(0);
     Note_Errors();
     return got;
 }
