@@ -128,6 +128,23 @@ void Change(Live_Context& ctx, Proc_Guard& guard) {
     ctx.live.Cell_Adjust_Command.clear();
 }
 
+// The stream back on after a change: the log takes rows again from a clean port, and the
+// window the change cost is kept for the status and the benchmark.
+void Restart_Stream(Live_Context& ctx, Proc_Guard& guard, double t0) {
+    Settings_Context& s = ctx.s;
+    Link_Flags& flags = s.link.flags;
+    Live_State& live = ctx.live;
+    flags.Logging_Active = true;
+    guard.Step([&] { Call(ctx.hooks.Drop_Log_Input); });
+    Call(ctx.hooks.Receive_Event, true);
+    Call(ctx.hooks.Log_Timers, true);
+    guard.Step([&] { ctx.log_line.Write(ctx.Log_Start_Command); });
+    live.Restarted_At = s.link.Now();
+    live.Last_Window_Seconds = live.Restarted_At - t0;
+    Say(ctx, "< Settings updated >");
+    Clear_Marks(s.image);
+}
+
 } // namespace
 
 std::vector<Adjusted_Byte> Adjusted_Bytes(const std::string& answer) {
@@ -174,15 +191,7 @@ void Write_while_logging(Live_Context& ctx) {
         guard.Step([&] { Call(ctx.hooks.Open_Log_Port); });
         guard.Step([&] { s.link.Dummy_Wait(); });
     }
-    flags.Logging_Active = true;
-    guard.Step([&] { Call(ctx.hooks.Drop_Log_Input); });
-    Call(ctx.hooks.Receive_Event, true);
-    Call(ctx.hooks.Log_Timers, true);
-    guard.Step([&] { ctx.log_line.Write(ctx.Log_Start_Command); });
-    live.Restarted_At = s.link.Now();
-    live.Last_Window_Seconds = live.Restarted_At - t0;
-    Say(ctx, "< Settings updated >");
-    Clear_Marks(s.image);
+    Restart_Stream(ctx, guard, t0);
     live.In_Progress = false;
 }
 
@@ -218,15 +227,7 @@ void Write_Fast_while_logging(Live_Context& ctx) {
 
     Change(ctx, guard);
 
-    flags.Logging_Active = true;
-    guard.Step([&] { Call(ctx.hooks.Drop_Log_Input); });
-    Call(ctx.hooks.Receive_Event, true);
-    Call(ctx.hooks.Log_Timers, true);
-    guard.Step([&] { ctx.log_line.Write(ctx.Log_Start_Command); });
-    live.Restarted_At = s.link.Now();
-    live.Last_Window_Seconds = live.Restarted_At - t0;
-    Say(ctx, "< Settings updated >");
-    Clear_Marks(s.image);
+    Restart_Stream(ctx, guard, t0);
     flags.Live_Write_Busy = false;
     live.In_Progress = false;
 }
