@@ -41,9 +41,10 @@ bool Ends_With(const std::string& text, const std::string& end) {
 // The blank stops the box after the row it is sending. The rest of that row must be off the
 // line before the first command, or its characters would be read as the answers. The end of
 // what the log received before the blank tells whether a row was under way: if it was, its
-// end is awaited (and kept); if not, a few character times show whether the box began one
-// just as the blank came. Returns what arrived meanwhile.
-std::string Drain_Stream(Live_Context& ctx, std::string tail) {
+// end is awaited (and kept); if not, either a few character times show whether the box began
+// one just as the blank came, or (`rows_sorted_later`) the write's line tells such a row from
+// the answers as it comes. Returns what arrived meanwhile.
+std::string Drain_Stream(Live_Context& ctx, std::string tail, bool rows_sorted_later) {
     Serial_Line& line = ctx.log_line;
     const Link_Context& c = ctx.s.link;
     const double start = c.Now();
@@ -65,6 +66,7 @@ std::string Drain_Stream(Live_Context& ctx, std::string tail) {
             continue;
         }
         const bool row_ended = tail.empty() || Ends_With(tail, ctx.Row_End);
+        if (row_ended && rows_sorted_later) break;
         const double wait = row_ended ? guard - now : Row_Silence - (now - last_arrival);
         if (wait <= 0 || now - start >= Drain_Limit || !line.Is_Open()) break;
         line.Wait_For_Input(std::min(wait, Drain_Limit - (now - start)));
@@ -72,16 +74,77 @@ std::string Drain_Stream(Live_Context& ctx, std::string tail) {
     return rest;
 }
 
+// The write's line right after the blank, for a text stream. A row the box began just as the
+// blank came arrives in front of the first answer; waiting a guard time for it would cost a
+// good part of the write's own time, and a USB adapter's latency could outlast any such
+// guard. So until the first answer character, whole lines that begin the way the box's rows
+// and messages do ("$", "#") are kept for the log; the first other character is the box
+// answering, and from there on the line is left as it is.
+class Row_Sorting_Line final : public Serial_Line {
+public:
+    Row_Sorting_Line(Serial_Line& line, char row_end) : line_(line), row_end_(row_end) {}
+
+    // Whole rows, and a row's beginning if the write ended inside it.
+    std::string rows;
+
+    void Set_Port(const std::string& path) override { line_.Set_Port(path); }
+    std::string Port() const override { return line_.Port(); }
+    void Set_Settings(const std::string& settings) override { line_.Set_Settings(settings); }
+    Open_Result Open() override { return line_.Open(); }
+    void Close() override { line_.Close(); }
+    bool Is_Open() const override { return line_.Is_Open(); }
+    // An exchange empties the input before its command: rows are still kept, and anything
+    // else came before a command could be answered.
+    void Clear_Input() override {
+        if (sorting_)
+            Sort(line_.Read_All(), false);
+        else
+            line_.Clear_Input();
+    }
+    int Bytes_Waiting() override { return line_.Bytes_Waiting(); }
+    std::string Read_All() override {
+        std::string got = line_.Read_All();
+        return sorting_ ? Sort(got, true) : got;
+    }
+    void Write(std::string_view bytes) override { line_.Write(bytes); }
+    bool Wait_For_Input(double seconds) override { return line_.Wait_For_Input(seconds); }
+    Line_Losses Losses() override { return line_.Losses(); }
+
+private:
+    // What of `got` is the answer's.
+    std::string Sort(const std::string& got, bool answers) {
+        for (std::size_t i = 0; i < got.size(); ++i) {
+            const char c = got[i];
+            if (in_row_) {
+                rows += c;
+                in_row_ = c != row_end_;
+            } else if (c == '$' || c == '#') {
+                rows += c;
+                in_row_ = true;
+            } else if (answers) {
+                sorting_ = false;
+                return got.substr(i);
+            }
+        }
+        return {};
+    }
+
+    Serial_Line& line_;
+    char row_end_;
+    bool sorting_ = true;
+    bool in_row_ = false;
+};
+
 // Sends the blank that stops the stream, waits out the row in flight and hands what came to
 // the log.
-void Stop_Stream(Live_Context& ctx, Proc_Guard& guard) {
+void Stop_Stream(Live_Context& ctx, Proc_Guard& guard, bool rows_sorted_later = false) {
     std::string tail;
     guard.Step([&] {
         tail = ctx.hooks.Stream_Tail ? ctx.hooks.Stream_Tail() : std::string();
         ctx.log_line.Write(" ");
     });
     std::string rest;
-    guard.Step([&] { rest = Drain_Stream(ctx, tail); });
+    guard.Step([&] { rest = Drain_Stream(ctx, tail, rows_sorted_later); });
     ctx.live.Stream_Quiet_At = ctx.s.link.Now();
     guard.Step([&] {
         if (ctx.hooks.Stream_Stopped) ctx.hooks.Stream_Stopped(rest);
@@ -166,14 +229,17 @@ void Write_while_logging(Live_Context& ctx) {
     Live_State& live = ctx.live;
     live.In_Progress = true;
     const double t0 = s.link.Now();
-
-    Stop_Stream(ctx, guard);
-    flags.Live_Write_Busy = true;
-    Say(ctx, "< Updateing ... >");
-    live.Live_Update_Shown = true;
     // The write goes on the settings port; when that is the log's own port object there is
     // nothing to hand over, and closing and opening it would only lengthen the hole.
     const bool separate_port = &s.link.line != &ctx.log_line;
+    // Rows are told from answers on the log's own port under a text stream; a port opened
+    // afresh, or binary frames that may begin with any byte, need the guard time instead.
+    const bool sort_rows = !separate_port && ctx.Row_End == "\r\n";
+
+    Stop_Stream(ctx, guard, sort_rows);
+    flags.Live_Write_Busy = true;
+    Say(ctx, "< Updateing ... >");
+    live.Live_Update_Shown = true;
     if (separate_port)
         guard.Step([&] { ctx.log_line.Close(); });
     else
@@ -182,7 +248,17 @@ void Write_while_logging(Live_Context& ctx) {
     flags.Logging_Active = false;
 
     const std::string before = s.link.texts.rs232_text;
-    guard.Step([&] { Write_Settings_Fast_Click(s); });
+    Row_Sorting_Line sorter(ctx.log_line, '\n');
+    Link_Context sorted_link{
+        s.link.program,           s.link.texts, s.link.flags, s.link.state, s.link.log, sorter,
+        s.link.Auto_Start_option, s.link.hooks};
+    Settings_Context on_sorter{sorted_link, s.image, s.rw, s.files, s.dialogs, s.hooks};
+    guard.Step([&] { Write_Settings_Fast_Click(sort_rows ? on_sorter : s); });
+    // A row that came in front of the answers belongs to the log like the rest of the stream.
+    if (!sorter.rows.empty())
+        guard.Step([&] {
+            if (ctx.hooks.Stream_Stopped) ctx.hooks.Stream_Stopped(sorter.rows);
+        });
     if (s.link.texts.rs232_text != before && ctx.hooks.Status) ctx.hooks.Status(s.link.texts.rs232_text);
     if (flags.Live_Write_Busy) guard.Step([&] { s.Service_Events(); });
 

@@ -1,7 +1,8 @@
 #pragma once
 // The simulator's box behind a serial line, in the test's process and on the test's clock:
 // what the program writes reaches the box at once, what the box sends arrives a character
-// time apart, and waiting for input moves the clock on to the next thing that happens. No
+// time apart (after the adapter's latency, if one is set), and waiting for input moves the
+// clock on to the next thing that happens. No
 // real time passes, so an exchange and the stream around it run exactly as on a paced wire.
 
 #include "box.h"
@@ -25,6 +26,9 @@ public:
 
     std::vector<std::string> written;
     int opens = 0;
+    // What the box sends reaches the program this much later, as through a USB adapter that
+    // hands on what it has received in batches.
+    double latency = 0;
 
     void Set_Port(const std::string& path) override { port_ = path; }
     std::string Port() const override { return port_; }
@@ -106,7 +110,7 @@ private:
     void Queue(const std::string& out) {
         for (char c : out) {
             line_free_ = std::max(line_free_, clock_) + char_time_;
-            arriving_.push_back({line_free_, c});
+            arriving_.push_back({line_free_ + latency, c});
         }
     }
     void Need_Open() const {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 
 namespace quorlen {
 namespace {
@@ -163,6 +164,48 @@ TEST_F(LiveChange, AByteWrittenWhileTheTextLogRunsReachesTheBoxAndTheLogGoesOn) 
     EXPECT_EQ(rows.cut, 0) << "the row on the wire at the stop is kept whole, and nothing joins the restart";
     EXPECT_GE(rows.counters.size(), 38u);
     EXPECT_LE(Largest_Step(rows.counters), 2) << "at most the row due while the stream stood still";
+    EXPECT_FALSE(state->capture.Log_Had_Interruption);
+}
+
+// The blank can meet a row the box has just begun, and behind a USB adapter's latency none
+// of it has arrived when the write begins: the row comes in front of the write's first
+// answer. Around row 200 the box also sends a "#" message line first. Every write gets
+// through, and the rows that came in front are the log's, whole and in their place; a write
+// between rows, with nothing in front, goes as well.
+TEST_F(LiveChange, ARowBegunAsTheBlankComesIsKeptAndTheWriteStillGoes) {
+    wire->latency = 0.002;
+    Start();
+    Run(9.75);
+    const auto next_row_at = [this] {
+        return 1000.0 + std::chrono::duration<double>(box->Next_Deadline()).count();
+    };
+    for (int k = 0; k < 8; ++k) {
+        // Just after the box began a row, before its first character is on the wire; every
+        // third write lands in the quiet between rows instead.
+        const double at = next_row_at() + (k % 3 == 2 ? -0.020 : 1e-7);
+        Run(at - clock);
+        const std::vector<int> before = Rows_Of(state->Log_Data_Text).counters;
+        ASSERT_FALSE(before.empty());
+        Mark(300 + k, static_cast<std::uint8_t>(90 + k));
+        said.clear();
+        Live_Context c = Live();
+        Write_while_logging(c);
+        EXPECT_EQ(box->Committed()[300 + k], 90 + k) << "write " << k;
+        EXPECT_EQ(said.back(), "< Settings updated >") << "write " << k;
+        Run(0.3);
+        const std::vector<int> after = Rows_Of(state->Log_Data_Text).counters;
+        ASSERT_GT(after.size(), before.size());
+        if (k % 3 != 2) {
+            EXPECT_EQ(after[before.size()], (before.back() + 1) % 256)
+                << "write " << k << ": the row that met the blank is the next one in the log";
+        }
+    }
+    Run(0.5);
+    const std::string text = Log_Text();
+    const Rows rows = Rows_Of(text);
+    EXPECT_EQ(rows.cut, 0);
+    EXPECT_LE(Largest_Step(rows.counters), 2);
+    EXPECT_NE(text.find("#Lambda heater"), std::string::npos) << "the box's message is kept like a row";
     EXPECT_FALSE(state->capture.Log_Had_Interruption);
 }
 
