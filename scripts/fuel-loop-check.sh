@@ -17,26 +17,10 @@ seconds=${2:-300}
 bin=$build/bin
 settings=$bin/RZ400_800M3_Default_Settings.qxs
 # KEEP_DIR=DIR keeps the logs, the corrected settings and the grids there to look at.
-if [ -n "${KEEP_DIR:-}" ]; then
-    work=$KEEP_DIR
-    mkdir -p "$work"
-else
-    work=$(mktemp -d "${TMPDIR:-/tmp}/quorlen-fuel-loop.XXXXXX")
-fi
-box_pid=
-cleanup() {
-    [ -n "$box_pid" ] && kill "$box_pid" 2>/dev/null || true
-    [ -n "${KEEP_DIR:-}" ] || rm -rf "$work"
-}
-trap cleanup EXIT INT TERM
+name=fuel-loop
+. "$(dirname "$0")/boxsim-session.sh"
 
-"$bin/boxsim" --link "$work/box" --engine-running --drive sweep --fuel-error 3000-5000:1.0-1.5:+12 \
-    > "$work/boxsim.out" &
-box_pid=$!
-for _ in 1 2 3 4 5 6 7 8 9 10; do
-    grep -q ready "$work/boxsim.out" 2>/dev/null && break
-    sleep 0.2
-done
+start_boxsim --engine-running --drive sweep --fuel-error 3000-5000:1.0-1.5:+12
 
 cli=$bin/quorlen-cli
 echo "== first log, $seconds s"

@@ -12,20 +12,10 @@ set -eu
 build=${1:-build/release}
 seconds=${2:-60}
 bin=$build/bin
-work=$(mktemp -d "${TMPDIR:-/tmp}/quorlen-log-minute.XXXXXX")
-box_pid=
-cleanup() {
-    [ -n "$box_pid" ] && kill "$box_pid" 2>/dev/null || true
-    rm -rf "$work"
-}
-trap cleanup EXIT INT TERM
+name=log-minute
+. "$(dirname "$0")/boxsim-session.sh"
 
-"$bin/boxsim" --link "$work/box" --image "$bin/RZ400_800M3_Default_Settings.qxs" > "$work/boxsim.out" &
-box_pid=$!
-for _ in 1 2 3 4 5 6 7 8 9 10; do
-    grep -q ready "$work/boxsim.out" 2>/dev/null && break
-    sleep 0.2
-done
+start_boxsim --image "$bin/RZ400_800M3_Default_Settings.qxs"
 
 status=0
 for mode in text binary; do

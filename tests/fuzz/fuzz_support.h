@@ -8,14 +8,31 @@
 #include "support/scripted_dialogs.h"
 
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 #include <vector>
 
 namespace quorlen::fuzz {
 
 inline std::string_view Text(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
+}
+
+// One temporary folder for the whole process, "quorlen-fuzz-NAME-XXXXXX", with a trailing
+// slash; the targets that need files replace them for each input. It goes when the process
+// ends normally; after a crash it stays, with the files of the input that crashed.
+inline std::string Make_Scratch(const std::string& name) {
+    static std::string made;
+    made = (std::filesystem::temp_directory_path() / ("quorlen-fuzz-" + name + "-XXXXXX")).string();
+    if (::mkdtemp(made.data()) == nullptr) std::abort();
+    std::atexit([] {
+        std::error_code ec;
+        std::filesystem::remove_all(made, ec);
+    });
+    return made + "/";
 }
 
 // The record separator (0x1E) splits an input into the answers of a scripted box, so one

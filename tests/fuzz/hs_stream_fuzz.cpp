@@ -9,16 +9,11 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <unistd.h>
 
 namespace {
 
 const std::string& Scratch() {
-    static const std::string dir = [] {
-        std::string path = (std::filesystem::temp_directory_path() / "quorlen-fuzz-hs-XXXXXX").string();
-        if (::mkdtemp(path.data()) == nullptr) std::abort();
-        return path + "/";
-    }();
+    static const std::string dir = quorlen::fuzz::Make_Scratch("hs");
     return dir;
 }
 

@@ -10,18 +10,12 @@
 #include "hslog/crank_view.h"
 
 #include <cstdlib>
-#include <filesystem>
-#include <unistd.h>
 
 namespace {
 
 // One folder for the process: the file is replaced whole for each input.
 const std::string& Scratch() {
-    static const std::string dir = [] {
-        std::string path = (std::filesystem::temp_directory_path() / "quorlen-fuzz-ini-XXXXXX").string();
-        if (::mkdtemp(path.data()) == nullptr) std::abort();
-        return path + "/";
-    }();
+    static const std::string dir = quorlen::fuzz::Make_Scratch("ini");
     return dir;
 }
 

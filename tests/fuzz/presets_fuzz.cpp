@@ -6,17 +6,11 @@
 #include "fuzz_support.h"
 
 #include <cstdlib>
-#include <filesystem>
-#include <unistd.h>
 
 namespace {
 
 const std::string& Scratch() {
-    static const std::string dir = [] {
-        std::string path = (std::filesystem::temp_directory_path() / "quorlen-fuzz-preset-XXXXXX").string();
-        if (::mkdtemp(path.data()) == nullptr) std::abort();
-        return path + "/";
-    }();
+    static const std::string dir = quorlen::fuzz::Make_Scratch("preset");
     return dir;
 }
 

@@ -9,6 +9,7 @@
 #include "cli/cli_tables.h"
 #include "link/write_settings.h"
 #include "logging/log_capture.h"
+#include "support/box_line.h"
 #include "support/log_fixture.h"
 #include "tables/cell_entry.h"
 
@@ -21,55 +22,6 @@ namespace quorlen {
 namespace {
 
 const std::string Data_Dir = QUORLEN_DATA_DIR;
-
-// A serial line whose far end is the simulator, on the test's clock.
-class Box_Line final : public Serial_Line {
-public:
-    Box_Line(boxsim::Box& box, double& clock) : box_(box), clock_(clock) {}
-    void Set_Port(const std::string& path) override { port_ = path; }
-    std::string Port() const override { return port_; }
-    void Set_Settings(const std::string&) override {}
-    Open_Result Open() override {
-        open_ = true;
-        return {};
-    }
-    void Close() override { open_ = false; }
-    bool Is_Open() const override { return open_; }
-    void Clear_Input() override { incoming_.clear(); }
-    int Bytes_Waiting() override {
-        Pump();
-        return static_cast<int>(incoming_.size());
-    }
-    std::string Read_All() override {
-        Pump();
-        std::string all;
-        all.swap(incoming_);
-        return all;
-    }
-    void Write(std::string_view bytes) override { incoming_ += box_.Receive(bytes, Box_Time()); }
-    bool Wait_For_Input(double timeout) override {
-        clock_ += std::min(timeout, 0.002);
-        Pump();
-        return !incoming_.empty();
-    }
-    Line_Losses Losses() override { return {}; }
-
-    // What the box sent by now reaches the port, while the port is open.
-    void Pump() {
-        const std::string out = box_.Tick(Box_Time());
-        if (open_) incoming_ += out;
-    }
-
-private:
-    boxsim::Time Box_Time() const {
-        return std::chrono::duration_cast<boxsim::Time>(std::chrono::duration<double>(clock_ - 1000.0));
-    }
-    boxsim::Box& box_;
-    double& clock_;
-    std::string port_;
-    std::string incoming_;
-    bool open_ = false;
-};
 
 class Fuel_Loop : public test::Log_Fixture, public ::testing::Test {
 protected:
@@ -90,7 +42,7 @@ protected:
         config.engine.errors.push_back(*boxsim::Parse_Fuel_Error("3000-5000:1.0-1.5:+12", error));
         config.engine.sensors = boxsim::Parse_Tuning_Sensors(test::Read_File(Data_Dir + "/RZ400_800M3.ini"));
         box = std::make_unique<boxsim::Box>(config);
-        box_line = std::make_unique<Box_Line>(*box, clock);
+        box_line = std::make_unique<test::Box_Line>(*box, clock, 0);
     }
 
     Log_Context Box_Ctx() {
@@ -152,7 +104,7 @@ protected:
 
     cli::Cli_Tables settings;
     std::unique_ptr<boxsim::Box> box;
-    std::unique_ptr<Box_Line> box_line;
+    std::unique_ptr<test::Box_Line> box_line;
 };
 
 TEST_F(Fuel_Loop, A_Corrected_Map_Written_Back_Brings_Lambda_Onto_The_Target) {
